@@ -1,0 +1,54 @@
+#include "base/System.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <cstdlib>
+
+namespace velmaris {
+
+namespace {
+
+std::vector<std::string>& Arguments() {
+  static std::vector<std::string> arguments;
+  return arguments;
+}
+
+std::function<std::pair<int64_t, int64_t>()>& MouseSource() {
+  static std::function<std::pair<int64_t, int64_t>()> source;
+  return source;
+}
+
+std::pair<int64_t, int64_t> MousePosition() {
+  if (MouseSource()) return MouseSource()();
+  if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr) return {0, 0};
+  const QPoint position = QCursor::pos();
+  return {position.x(), position.y()};
+}
+
+}  // namespace
+
+std::string System::CommandLine() {
+  std::string line;
+  for (const std::string& argument : Arguments()) {
+    if (!line.empty()) line += ' ';
+    line += argument;
+  }
+  return line;
+}
+
+std::string System::EnvironmentVariable(const std::string& name) {
+  const char* value = std::getenv(name.c_str());
+  return value == nullptr ? std::string() : std::string(value);
+}
+
+int64_t System::MouseX() { return MousePosition().first; }
+
+int64_t System::MouseY() { return MousePosition().second; }
+
+void System::SetArguments(std::vector<std::string> arguments) { Arguments() = std::move(arguments); }
+
+void System::SetMousePosition(std::function<std::pair<int64_t, int64_t>()> source) {
+  MouseSource() = std::move(source);
+}
+
+}  // namespace velmaris

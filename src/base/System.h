@@ -1,0 +1,28 @@
+#pragma once
+// The System object of the logic: command line, environment, mouse.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velmaris {
+
+class System {
+ public:
+  // The program path and its arguments joined by single blanks, in order,
+  // each argument intact, with no quoting added.
+  static std::string CommandLine();
+  // The variable's value; "" when unset.
+  static std::string EnvironmentVariable(const std::string& name);
+  // The mouse position in global screen coordinates.
+  static int64_t MouseX();
+  static int64_t MouseY();
+
+  // Recorded by main before anything reads them; tests set their own.
+  static void SetArguments(std::vector<std::string> arguments);
+  // Replaces the mouse position source (tests); an empty function restores the real one.
+  static void SetMousePosition(std::function<std::pair<int64_t, int64_t>()> source);
+};
+
+}  // namespace velmaris

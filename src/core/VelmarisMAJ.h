@@ -1,0 +1,67 @@
+#pragma once
+// The application object: the record of the run, and the helpers that the
+// window's handlers call through App().
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "base/Ref.h"
+#include "core/Application.h"
+
+namespace velmaris {
+
+class FolderItem;
+class TextOutputStream;
+
+class VelmarisMAJ : public Application {
+ public:
+  VelmarisMAJ() = default;
+
+  std::string strURLGlobal;
+  bool bQuit = false;
+  std::string strCheminApp;
+  std::string strCheminAppData;
+  std::string strCheminAppDataSauveDB;
+  std::string strNomApp;
+  bool bPortable = false;
+  std::string strMAJGlobal;
+  bool bSauvegardeDB = false;
+  bool bMAJ = false;
+
+  // Launch arguments (Arguments.cpp).
+  std::string RetournerValeurArgument(const std::string& key);
+  std::string ExtraireNomFichier(const std::string& path);
+  std::string RecupererValeurParametre(const std::string& text, const std::string& key);
+  std::string RetournerDernierMot(const std::string& text);
+
+  // File helpers (FileHelpers.cpp); each has its own result codes.
+  // 0 when the path exists (file or folder), 1 when not, -1 on a bad path.
+  int64_t ExisteRepertoire(const std::string& path);
+  // The file's size; 0 when it is missing or the path is bad.
+  int64_t RetournerTailleFichier(const std::string& path);
+  // A new text file, or nil.
+  Ref<TextOutputStream> CreerFichier(const std::string& path);
+  // 0 deleted, -1 nothing there, 1 the delete failed, -2 a bad path.
+  int64_t SupprimerFichier(const std::string& path);
+  // True when the copy reports no error.
+  bool CopierFichier(const Ref<FolderItem>& source, const Ref<FolderItem>& destination);
+
+  // The one dialog and the one wait (DialogAndWait.cpp).
+  void AfficherMessage(const std::string& message, const std::string& explanation, bool caution);
+  void PatienterSecondes(int64_t seconds);
+
+  // The index of the screen that holds the point, or -1 (ActiveScreen.cpp).
+  int64_t RetournerEcranActif(int64_t x, int64_t y);
+
+  // The database job; true when the backup is in place, or with "_INIT"
+  // when the database is gone.
+  bool RestaurerVelmarisDB(const std::string& sauvegarde);
+};
+
+// The application object of the run. Raises NilObjectException when none is registered.
+VelmarisMAJ& App();
+// Makes the given object the one that App() returns (nil unregisters it).
+void _RuntimeRegisterAppObject(std::shared_ptr<VelmarisMAJ> application);
+
+}  // namespace velmaris

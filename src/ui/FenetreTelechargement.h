@@ -1,0 +1,64 @@
+#pragma once
+// The tool's one window: a logo and a title picture above a separator, a
+// status row below it, and the invisible controls that drive the jobs. The
+// handlers live in src/workflow, one file per job.
+
+#include <any>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "base/Timer.h"
+#include "base/Window.h"
+#include "ui/Controls.h"
+
+namespace velmaris {
+
+class FenetreTelechargement : public Window {
+ public:
+  FenetreTelechargement();
+  ~FenetreTelechargement() override;
+
+  void Layout();
+  void CreateControls();
+  void _CreateControls0();
+
+  Canvas& ImageLogo();
+  Timer& TimerQuit();
+  Label& LabelTelechargement();
+  Canvas& ImageTitre();
+  Separator& SeparateurLogoInformation();
+  Label& LabelVersion();
+  Label& LabelDownload();
+  Timer& TimerInstallation();
+  ProgressBar& ProgressBarDonwload();
+
+  void TimerQuit_Action(Timer& sender);
+  void TimerInstallation_Action(Timer& sender);
+  void Event_Open();
+
+ private:
+  template <typename Control>
+  Control& _ControlByName(const std::string& name) const;
+  template <typename Control>
+  void _AddControl(const std::string& name, Control* control) {
+    mControls[name] = control;
+  }
+
+  std::map<std::string, std::any> mControls;
+  std::unique_ptr<Timer> mTimerQuit;
+  std::unique_ptr<Timer> mTimerInstallation;
+};
+
+// The window's one instance, made (and opened) at the first call. The class
+// shares the name, so it is written "class FenetreTelechargement" as a type.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
+class FenetreTelechargement& FenetreTelechargement();
+#pragma GCC diagnostic pop
+// Whether the window has been made, without making it.
+bool FenetreTelechargementExists();
+// Closes and releases the window (end of the run, tests).
+void _ReleaseFenetreTelechargement();
+
+}  // namespace velmaris

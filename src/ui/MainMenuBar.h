@@ -1,0 +1,24 @@
+#pragma once
+// The application's menu bar: File (Quit) and Edit. Its items are fixed
+// texts; Quit ends the tool through Quit.
+
+#include <QMenuBar>
+
+namespace velmaris {
+
+class MainMenuBar : public QMenuBar {
+  Q_OBJECT
+
+ public:
+  MainMenuBar();
+
+  void Untitled0();
+  void Untitled1();
+};
+
+// The one instance, made at the first call and kept until released at the
+// end of the run.
+MainMenuBar* GetMainMenuBar();
+void _ReleaseMainMenuBar();
+
+}  // namespace velmaris

@@ -1,0 +1,35 @@
+#include "ui/Strings.h"
+
+#include <QCoreApplication>
+
+namespace velmaris {
+
+std::string _GetLocalizedString(const std::string& key, const std::string& defaultText, const std::string& /*language*/) {
+  const QString translated = QCoreApplication::translate("Strings", key.c_str());
+  if (translated == QString::fromStdString(key)) return defaultText;
+  return translated.toStdString();
+}
+
+namespace Strings {
+
+#define VELMARIS_STRING(name, text) \
+  std::string name(const std::string& language) { return _GetLocalizedString("Strings." #name, text, language); }
+
+VELMARIS_STRING(kLabelTelechargement0, "Initialization...")
+VELMARIS_STRING(kLabelTelechargement1, "Download ")
+VELMARIS_STRING(kLabelTelechargement2, " in progress...")
+VELMARIS_STRING(kLabelTelechargement3, "Update installation in progress...")
+VELMARIS_STRING(kLabelRestaurationDB, "Restore of the database backup in progress\u2026")
+VELMARIS_STRING(kTitreFenetreRestaurerDB, "Restore database...")
+VELMARIS_STRING(kMsgBoxErreurMAJ0, "The launch of VelmarisMAJ must be initiated by Velmaris!")
+VELMARIS_STRING(kMsgBoxErreurMAJ1, "Errors encountered in installing the update !")
+VELMARIS_STRING(kMsgBoxErreurMAJ2, "Errors encountered in downloading the update !")
+VELMARIS_STRING(kMsgBoxErreurRestauration, "Errors encountered in restoring database backup !")
+VELMARIS_STRING(kMsgBoxVelmarisDispo, "Velmaris application has not been updated.")
+VELMARIS_STRING(kMsgBoxTelechargerSite, "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.")
+
+#undef VELMARIS_STRING
+
+}  // namespace Strings
+
+}  // namespace velmaris
