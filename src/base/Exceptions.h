@@ -24,11 +24,11 @@ class RuntimeException : public std::exception {
   int64_t mErrorNumber;
 };
 
-#define VELMARIS_EXCEPTION(Name)                                        \
-  class Name : public RuntimeException {                                \
-   public:                                                              \
-    using RuntimeException::RuntimeException;                           \
-    const char* ClassName() const override { return #Name; }            \
+#define VELMARIS_EXCEPTION(Name)                             \
+  class Name : public RuntimeException {                     \
+   public:                                                   \
+    using RuntimeException::RuntimeException;                \
+    const char* ClassName() const override { return #Name; } \
   }
 
 VELMARIS_EXCEPTION(IOException);

@@ -21,8 +21,8 @@ class QtDialogPresenter : public DialogPresenter {
  public:
   bool Present(const MessageDialog& dialog, QWidget* window) override {
     if (!OnScreen()) {
-      std::cerr << "VelmarisMAJ: " << dialog.Message << (dialog.Explanation.empty() ? "" : " ")
-                << dialog.Explanation << std::endl;
+      std::cerr << "VelmarisMAJ: " << dialog.Message << (dialog.Explanation.empty() ? "" : " ") << dialog.Explanation
+                << std::endl;
       return true;
     }
     QMessageBox box(window);

@@ -38,7 +38,8 @@ int64_t ScreenCount() { return static_cast<int64_t>(Screens().size()); }
 
 ScreenArea Screen(int64_t index) {
   const std::vector<ScreenArea> screens = Screens();
-  if (index < 0 || index >= static_cast<int64_t>(screens.size())) throw OutOfBoundsException("No screen " + std::to_string(index));
+  if (index < 0 || index >= static_cast<int64_t>(screens.size()))
+    throw OutOfBoundsException("No screen " + std::to_string(index));
   return screens[static_cast<size_t>(index)];
 }
 

@@ -194,7 +194,8 @@ String Format(double value, const String& pattern) {
   String text = buffer;
   String wholeDigits = text.substr(0, text.find('.'));
   String fractionDigits = maxFraction > 0 ? text.substr(text.find('.') + 1) : String{};
-  while (static_cast<int>(fractionDigits.size()) > minFraction && fractionDigits.back() == '0') fractionDigits.pop_back();
+  while (static_cast<int>(fractionDigits.size()) > minFraction && fractionDigits.back() == '0')
+    fractionDigits.pop_back();
   // A whole part of 0 shows as 0 unless the pattern has a fraction to show.
   if (wholeDigits == "0" && minWhole == 0 && !fractionDigits.empty()) wholeDigits.clear();
   while (static_cast<int>(wholeDigits.size()) < minWhole) wholeDigits.insert(0, "0");

@@ -10,12 +10,12 @@ namespace velmaris {
 class Variant {
  public:
   Variant() = default;
-  Variant(bool value) : mValue(value) {}                         // NOLINT(google-explicit-constructor)
-  Variant(int value) : mValue(static_cast<int64_t>(value)) {}    // NOLINT(google-explicit-constructor)
-  Variant(int64_t value) : mValue(value) {}                      // NOLINT(google-explicit-constructor)
-  Variant(double value) : mValue(value) {}                       // NOLINT(google-explicit-constructor)
-  Variant(std::string value) : mValue(std::move(value)) {}       // NOLINT(google-explicit-constructor)
-  Variant(const char* value) : mValue(std::string(value)) {}     // NOLINT(google-explicit-constructor)
+  Variant(bool value) : mValue(value) {}                       // NOLINT(google-explicit-constructor)
+  Variant(int value) : mValue(static_cast<int64_t>(value)) {}  // NOLINT(google-explicit-constructor)
+  Variant(int64_t value) : mValue(value) {}                    // NOLINT(google-explicit-constructor)
+  Variant(double value) : mValue(value) {}                     // NOLINT(google-explicit-constructor)
+  Variant(std::string value) : mValue(std::move(value)) {}     // NOLINT(google-explicit-constructor)
+  Variant(const char* value) : mValue(std::string(value)) {}   // NOLINT(google-explicit-constructor)
 
   bool IsNil() const { return std::holds_alternative<std::monostate>(mValue); }
   bool IsString() const { return std::holds_alternative<std::string>(mValue); }

@@ -4,7 +4,8 @@
 
 namespace velmaris {
 
-std::string _GetLocalizedString(const std::string& key, const std::string& defaultText, const std::string& /*language*/) {
+std::string _GetLocalizedString(const std::string& key, const std::string& defaultText,
+                                const std::string& /*language*/) {
   const QString translated = QCoreApplication::translate("Strings", key.c_str());
   if (translated == QString::fromStdString(key)) return defaultText;
   return translated.toStdString();
