@@ -1,11 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
-#include <cstdlib>
-#include <filesystem>
-
 #include "base/Shell.h"
-#include "support/Files.h"
 
 namespace velmaris {
 namespace {
@@ -26,25 +21,6 @@ TEST(Shell, ErrorCodeIsTheCommandsExitStatus) {
     sh.Execute(row.command);
     EXPECT_EQ(sh.ErrorCode(), row.expected) << row.command;
   }
-}
-
-// The command lines of the jobs: "~" paths, double-quoted paths with blanks,
-// and a command that has ended by the time Execute returns.
-TEST(Shell, RunsWholeCommandLinesAsTheJobsWriteThem) {
-  QTemporaryDir home;
-  const std::string savedHome = std::getenv("HOME");
-  setenv("HOME", home.path().toStdString().c_str(), 1);
-  std::filesystem::create_directory(home.path().toStdString() + "/My Apps");
-  Shell sh;
-  sh.Execute("sleep 0.2; printf done > ~/Downloads.txt");
-  const std::string written = testing::ReadFile(home.path().toStdString() + "/Downloads.txt");
-  sh.Execute("rm -rf \"" + home.path().toStdString() + "/My Apps\"");
-  const int64_t removed = sh.ErrorCode();
-  setenv("HOME", savedHome.c_str(), 1);
-
-  EXPECT_EQ(written, "done");
-  EXPECT_EQ(removed, 0);
-  EXPECT_FALSE(std::filesystem::exists(home.path().toStdString() + "/My Apps"));
 }
 
 TEST(Shell, StandInsComeFirstOnThePath) {

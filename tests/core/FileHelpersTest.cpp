@@ -1,3 +1,4 @@
+// Each file helper's own result codes.
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
@@ -11,63 +12,44 @@
 namespace velmaris {
 namespace {
 
-using testing::ReadFile;
-using testing::WriteFile;
+TEST(FileHelpers, ResultCodes) {
+  testing::TestApplication application;
+  QTemporaryDir folder;
+  const std::string file = folder.path().toStdString() + "/file";
+  const std::string full = folder.path().toStdString() + "/folder with blanks";
+  const std::string missing = folder.path().toStdString() + "/missing";
+  testing::WriteFile(file, std::string(10001, 'z'));
+  std::filesystem::create_directories(full + "/inner");
+  const auto item = [](const std::string& path) { return New<FolderItem>(path, FolderItem::PathModes::Shell); };
 
-class FileHelpersTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    WriteFile(PathOf("file"), std::string(10001, 'z'));
-    WriteFile(PathOf("empty"), "");
-    std::filesystem::create_directories(PathOf("folder with blanks/inner"));
-  }
-  std::string PathOf(const std::string& name) const { return mFolder.path().toStdString() + "/" + name; }
-  static Ref<FolderItem> Item(const std::string& path) { return New<FolderItem>(path, FolderItem::PathModes::Shell); }
-
-  testing::TestApplication mApp;
-  QTemporaryDir mFolder;
-};
-
-// 0 means that the path exists, file or folder.
-TEST_F(FileHelpersTest, ExisteRepertoireCodes) {
-  EXPECT_EQ(App().ExisteRepertoire(PathOf("file")), 0);
-  EXPECT_EQ(App().ExisteRepertoire(PathOf("folder with blanks")), 0);
-  EXPECT_EQ(App().ExisteRepertoire(PathOf("missing")), 1);
+  EXPECT_EQ(App().ExisteRepertoire(file), 0);
+  EXPECT_EQ(App().ExisteRepertoire(full), 0);
+  EXPECT_EQ(App().ExisteRepertoire(missing), 1);
   EXPECT_EQ(App().ExisteRepertoire(""), -1);
-}
 
-TEST_F(FileHelpersTest, RetournerTailleFichierGivesZeroForAnyFailure) {
-  EXPECT_EQ(App().RetournerTailleFichier(PathOf("file")), 10001);
-  EXPECT_EQ(App().RetournerTailleFichier(PathOf("empty")), 0);
-  EXPECT_EQ(App().RetournerTailleFichier(PathOf("missing")), 0);
+  EXPECT_EQ(App().RetournerTailleFichier(file), 10001);
+  EXPECT_EQ(App().RetournerTailleFichier(missing), 0);
   EXPECT_EQ(App().RetournerTailleFichier(""), 0);
-}
 
-TEST_F(FileHelpersTest, SupprimerFichierCodes) {
-  EXPECT_EQ(App().SupprimerFichier(PathOf("file")), 0);
-  EXPECT_FALSE(std::filesystem::exists(PathOf("file")));
-  EXPECT_EQ(App().SupprimerFichier(PathOf("file")), -1) << "nothing there is no success";
-  EXPECT_EQ(App().SupprimerFichier(PathOf("folder with blanks")), 1) << "a folder that isn't empty stays";
-  EXPECT_TRUE(std::filesystem::exists(PathOf("folder with blanks/inner")));
-  EXPECT_EQ(App().SupprimerFichier(""), -2);
-}
+  EXPECT_TRUE(App().CopierFichier(item(file), item(full + "/copy")));
+  EXPECT_EQ(testing::ReadFile(full + "/copy"), std::string(10001, 'z'));
+  EXPECT_FALSE(App().CopierFichier(item(missing), item(full + "/copy")));
+  EXPECT_FALSE(App().CopierFichier(item(file), item(missing + "/copy")));
+  EXPECT_THROW(App().CopierFichier(nullptr, item(file)), NilObjectException);
 
-TEST_F(FileHelpersTest, CopierFichierIsTrueOnlyWithoutError) {
-  EXPECT_TRUE(App().CopierFichier(Item(PathOf("file")), Item(PathOf("folder with blanks/copy"))));
-  EXPECT_EQ(ReadFile(PathOf("folder with blanks/copy")), std::string(10001, 'z'));
-  EXPECT_FALSE(App().CopierFichier(Item(PathOf("missing")), Item(PathOf("copy"))));
-  EXPECT_FALSE(App().CopierFichier(Item(PathOf("file")), Item(PathOf("missing/copy"))));
-  EXPECT_THROW(App().CopierFichier(nullptr, Item(PathOf("copy"))), NilObjectException);
-}
-
-TEST_F(FileHelpersTest, CreerFichierGivesAStreamOrNil) {
-  Ref<TextOutputStream> stream = App().CreerFichier(PathOf("file"));
+  Ref<TextOutputStream> stream = App().CreerFichier(file);
   ASSERT_FALSE(stream.IsNil());
-  stream->Write("new");
   stream->Close();
-  EXPECT_EQ(ReadFile(PathOf("file")), "new");
-  EXPECT_TRUE(App().CreerFichier(PathOf("missing/file")).IsNil());
+  EXPECT_EQ(App().RetournerTailleFichier(file), 0) << "an empty file and a missing one look alike";
+  EXPECT_TRUE(App().CreerFichier(missing + "/file").IsNil());
   EXPECT_TRUE(App().CreerFichier("").IsNil());
+
+  EXPECT_EQ(App().SupprimerFichier(file), 0);
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_EQ(App().SupprimerFichier(file), -1) << "nothing there is no success";
+  EXPECT_EQ(App().SupprimerFichier(full), 1) << "a folder that isn't empty stays";
+  EXPECT_TRUE(std::filesystem::exists(full + "/inner"));
+  EXPECT_EQ(App().SupprimerFichier(""), -2);
 }
 
 }  // namespace

@@ -58,8 +58,7 @@ struct Row {
   bool dataHome;            // XDG_DATA_HOME set, or left to ~/.local/share
   std::string sauvedb;
   std::string rows;  // the database's rows afterwards; "" when it is gone
-  bool unchanged;    // the live files keep their bytes
-  bool restoreMessage;
+  bool kept;         // the restore failed: the live files keep their bytes, the message is on stderr
 };
 
 struct Running {
@@ -81,32 +80,28 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
        .dataHome = true,
        .sauvedb = "BackupsDB/Velmaris 2024-05-01.sqlite",
        .rows = "B1 B2 B3",
-       .unchanged = false,
-       .restoreMessage = false},
+       .kept = false},
       {.name = "_INIT removes the database",
        .application = "/home/Applications/Velmaris.app",
        .data = "/home/.local/share/Velmaris",
        .dataHome = false,
        .sauvedb = "Velmaris_INIT",
        .rows = "",
-       .unchanged = false,
-       .restoreMessage = false},
+       .kept = false},
       {.name = "missing backup keeps the database",
        .application = "/home/Applications/Velmaris.app",
        .data = "/data home/Velmaris",
        .dataHome = true,
        .sauvedb = "BackupsDB/missing.sqlite",
        .rows = "A1 A2 A3",
-       .unchanged = true,
-       .restoreMessage = true},
+       .kept = true},
       {.name = "portable copy with its data beside it",
        .application = "/Velmaris Stick/Velmaris Portable.app",
        .data = "/Velmaris Stick/Velmaris",
        .dataHome = true,
        .sauvedb = "BackupsDB/Velmaris 2024-05-01.sqlite",
        .rows = "B1 B2 B3",
-       .unchanged = false,
-       .restoreMessage = false},
+       .kept = false},
   };
 
   std::vector<std::unique_ptr<Running>> runs;
@@ -139,11 +134,11 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
     EXPECT_EQ(run->tool->exitStatus(), QProcess::NormalExit) << row.name;
     EXPECT_EQ(run->tool->exitCode(), 0) << row.name;
     const std::string errors = run->tool->readAllStandardError().toStdString();
-    EXPECT_EQ(errors.find("Errors encountered in restoring database backup !") != std::string::npos, row.restoreMessage)
+    EXPECT_EQ(errors.find("Errors encountered in restoring database backup !") != std::string::npos, row.kept)
         << row.name << ": " << errors;
 
     // Before sqlite3 opens the database, which would fold the -wal into it.
-    if (row.unchanged) {
+    if (row.kept) {
       EXPECT_TRUE(testing::ReadFile(run->live) == run->liveBytes) << row.name;
       EXPECT_TRUE(testing::ReadFile(run->live + "-wal") == run->walBytes) << row.name;
     }

@@ -160,10 +160,6 @@ TEST_F(DispatcherTest, PathsAreWorkedOutFromTheLastSegmentOfREPAPP) {
     std::string data;
   } rows[] = {
       {.repapp = apps + "/Velmaris.app", .nomApp = "Velmaris.app", .portable = false, .data = Data()},
-      {.repapp = apps + "/Velmaris Portable.app",
-       .nomApp = "Velmaris Portable.app",
-       .portable = true,
-       .data = apps + "/Velmaris"},
       {.repapp = apps + "/velmaris PORTABLE 2.app",
        .nomApp = "velmaris PORTABLE 2.app",
        .portable = true,
