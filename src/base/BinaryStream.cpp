@@ -1,0 +1,61 @@
+#include "base/BinaryStream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "base/Exceptions.h"
+#include "base/FolderItem.h"
+
+namespace velmaris {
+
+namespace {
+
+// Downloads arrive in socket blocks of a few KiB; one buffer of this size
+// turns them into few large writes.
+constexpr size_t kFileBufferSize = 256 * 1024;
+
+IOException WriteError(const std::string& what, int error) {
+  return IOException(what + ": " + std::strerror(error), error);
+}
+
+}  // namespace
+
+BinaryStream::BinaryStream(const FolderItem& file, bool overwrite) {
+  // "x" refuses a file that already stands there.
+  mFile.reset(std::fopen(file.NativePath().c_str(), overwrite ? "wb" : "wbx"));
+  if (!mFile) throw WriteError("Can't open " + file.NativePath() + " for writing", errno);
+  mBuffer = std::make_unique<char[]>(kFileBufferSize);
+  std::setvbuf(mFile.get(), mBuffer.get(), _IOFBF, kFileBufferSize);
+}
+
+BinaryStream::BinaryStream(Ref<MemoryBlock> block) : mBlock(std::move(block)) {}
+
+BinaryStream::~BinaryStream() = default;
+
+Ref<BinaryStream> BinaryStream::Create(const Ref<FolderItem>& item, bool overwrite) {
+  return New<BinaryStream>(*item, overwrite);
+}
+
+void BinaryStream::Close() {
+  mBlock = nullptr;
+  if (mFile && std::fclose(mFile.release()) != 0) throw WriteError("Can't write the file", errno);
+}
+
+void BinaryStream::Write(const String& bytes) {
+  if (mFile) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), mFile.get()) != bytes.size()) {
+      throw WriteError("Can't write the file", errno);
+    }
+    return;
+  }
+  if (!mBlock) throw IOException("The stream is closed");
+  std::string& block = mBlock->mBytes;
+  // Bytes at the position are overwritten and the rest appended; the
+  // string's capacity doubles as it grows.
+  const size_t overlap = std::min(bytes.size(), block.size() - std::min(mPosition, block.size()));
+  block.replace(mPosition, overlap, bytes);
+  mPosition += bytes.size();
+}
+
+}  // namespace velmaris

@@ -1,0 +1,57 @@
+#pragma once
+// A place in the file system, whether or not anything stands there. Making
+// one touches nothing on disk. Delete, CopyFileTo and MoveFileTo report
+// failure through LastErrorCode (an errno value above 0), never by exception.
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "base/Ref.h"
+
+namespace velmaris {
+
+class TextOutputStream;
+
+class FolderItem {
+ public:
+  enum class PathModes {
+    // A POSIX path as a shell takes it, "/" as the separator, with no quoting.
+    Shell = 1,
+  };
+
+  // Raises UnsupportedFormatException for an empty path or one that holds a NUL byte.
+  FolderItem(const std::string& path, PathModes pathMode);
+
+  // The entry of that name inside this folder, whether it exists or not.
+  Ref<FolderItem> Child(const std::string& name) const;
+  // Copies the file whole. A file at the destination is replaced; an
+  // existing folder receives the copy under this item's name.
+  void CopyFileTo(const Ref<FolderItem>& destination);
+  // Creates the file, emptying one that is there; nil on failure.
+  Ref<TextOutputStream> CreateTextFile();
+  // Removes the file, or an empty folder.
+  void Delete();
+  // True for a folder, or a link to one.
+  bool Directory() const;
+  // True when anything stands at the path, a dangling link included.
+  bool Exists() const;
+  // 0 when the last Delete, CopyFileTo, MoveFileTo or CreateTextFile worked.
+  int64_t LastErrorCode() const { return mLastErrorCode; }
+  // The file's size in bytes; 0 for a folder or a missing file.
+  uint64_t Length() const;
+  // Renames the item to the destination on the same volume, replacing a
+  // file there; an existing folder receives it under this item's name.
+  void MoveFileTo(const Ref<FolderItem>& destination);
+  // The absolute path, without a trailing "/".
+  std::string NativePath() const { return mPath.string(); }
+
+ private:
+  // Where this item lands when given to CopyFileTo or MoveFileTo.
+  std::filesystem::path _TargetPath(const FolderItem& destination) const;
+
+  std::filesystem::path mPath;
+  int64_t mLastErrorCode = 0;
+};
+
+}  // namespace velmaris
