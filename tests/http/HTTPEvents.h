@@ -20,14 +20,19 @@ struct HTTPEvents {
   Ref<InternetHeaders> headers;
   Ref<FolderItem> file;
   int completions = 0;
-  // The blocks of ReceiveProgress, joined.
+  // The blocks of ReceiveProgress on the last connection, joined.
   std::string progressData;
   std::vector<std::string> progress;  // "received/total" of each
   // The answer to the authentication events: name and password, or none.
   std::function<bool(std::string& name, std::string& password)> answer;
 
   void Attach(HTTPSocket& socket) {
-    socket.Connected = [this](HTTPSocket&) { log.emplace_back("Connected"); };
+    // Each connection counts from 0 again.
+    socket.Connected = [this](HTTPSocket&) {
+      log.emplace_back("Connected");
+      progressData.clear();
+      progress.clear();
+    };
     socket.Error = [this](HTTPSocket&, int64_t code) {
       log.push_back("Error " + std::to_string(code));
       ++completions;
