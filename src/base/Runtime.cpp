@@ -1,10 +1,15 @@
 #include "base/Runtime.h"
 
 #include <QCoreApplication>
+#include <iostream>
+
+// A headless build (the download benchmark's driver) reports on stderr only,
+// and so needs neither QtGui nor QtWidgets.
+#ifndef VELMARIS_HEADLESS
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QString>
-#include <iostream>
+#endif
 
 namespace velmaris {
 
@@ -26,19 +31,23 @@ void EndRun(int64_t code) {
   if (QCoreApplication::instance() != nullptr) QCoreApplication::exit(static_cast<int>(code));
 }
 
+#ifndef VELMARIS_HEADLESS
 bool HasDisplay() {
   return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
          QGuiApplication::platformName() != QLatin1String("offscreen") &&
          QGuiApplication::platformName() != QLatin1String("minimal");
 }
+#endif
 
 void Report(const std::string& className, const std::string& message) {
   const std::string text = "Unhandled " + className + (message.empty() ? "" : ": " + message);
   std::cerr << "VelmarisMAJ: " << text << std::endl;
+#ifndef VELMARIS_HEADLESS
   if (HasDisplay()) {
     QMessageBox box(QMessageBox::Critical, QStringLiteral("VelmarisMAJ"), QString::fromStdString(text));
     box.exec();
   }
+#endif
 }
 
 }  // namespace
