@@ -1,6 +1,9 @@
 #include "base/TCPSocket.h"
 
 #include <fcntl.h>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -22,6 +25,23 @@ namespace velmaris {
 namespace {
 
 constexpr int kTickMilliseconds = 17;  // one sixtieth of a second, rounded up
+
+// Received data passes through blocks of up to kReadBufferSize, taken and
+// given back at the rate of the network. By default glibc maps the large ones
+// afresh each time and trims the heap behind the others, so that every block
+// costs the page faults of new memory, more than the copying. Kept on the
+// heap, a freed block serves the next one; the heap holds no more than the
+// live blocks and this slack.
+void KeepReceiveBlocksOnTheHeap() {
+#ifdef __GLIBC__
+  static const bool done = [] {
+    mallopt(M_MMAP_THRESHOLD, 4 * TCPSocket::kReadBufferSize);
+    mallopt(M_TRIM_THRESHOLD, 8 * TCPSocket::kReadBufferSize);
+    return true;
+  }();
+  (void)done;
+#endif
+}
 
 int64_t ErrorCode(QAbstractSocket::SocketError error) { return TCPSocket::kErrorBase + error; }
 
@@ -115,6 +135,7 @@ struct TCPSocket::Impl {
 };
 
 TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
+  KeepReceiveBlocksOnTheHeap();
   d->socket.setReadBufferSize(kReadBufferSize);
   QObject::connect(&d->socket, &QTcpSocket::readyRead, &d->context, [this] {
     d->pending.dataAvailable = true;
