@@ -241,6 +241,7 @@ void TCPSocket::Write(const String& bytes) {
 // Once the connection under way has an outcome: it stands and QTcpSocket
 // takes it over, or the next address is tried, or it fails.
 void TCPSocket::_CheckConnection() {
+  if (d->connecting == -1) return;
   int error = 0;
   socklen_t length = sizeof error;
   if (getsockopt(d->connecting, SOL_SOCKET, SO_ERROR, &error, &length) != 0) error = errno;

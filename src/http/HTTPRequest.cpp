@@ -20,6 +20,9 @@ void HTTPSocket::Event_Connected() {
 
 void HTTPSocket::_DoConnect(const String& url, const String& action, const Ref<FolderItem>& file) {
   ++_connectCount;
+  // What the old connection left for later goes with it.
+  _dataPending = false;
+  _endPending = false;
   mErrorCode = 0;
   _ParseURL(url);
   _processingURL = url;

@@ -171,7 +171,9 @@ void HTTPSocket::_ReadResponse() {
     }
     return;
   }
-  _ParseHeaders(Read(end - 1));
+  // An empty block (the buffer starts with the empty line) reads nothing:
+  // Read(0) would take the whole buffer.
+  _ParseHeaders(end > 1 ? Read(end - 1) : String());
   // An accepted challenge repeats the request on a new connection; the rest
   // of this response goes with the old one.
   const String url = _processingURL;

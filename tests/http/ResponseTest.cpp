@@ -77,6 +77,10 @@ TEST(ResponseTest, WaysAPageEnds) {
        .content = "HTTP/1.0 200 OK\r\nX: y\r\n",
        .noHeaders = true},
       {.name = "nothing before the close", .response = "", .log = {"Connected", "PageReceived 0"}, .noHeaders = true},
+      {.name = "an empty header block",
+       .response = "\r\n\r\nbody",
+       .log = {"Connected", "HeadersReceived 0", "ReceiveProgress", "PageReceived 0"},
+       .content = "body"},
       {.name = "no status in the status line",
        .response = "garbage\n\nbody",
        .log = {"Connected", "HeadersReceived 0", "ReceiveProgress", "PageReceived 0"},
@@ -219,6 +223,31 @@ TEST(ResponseTest, EventsSwallowedByANestedEventLoopAreTakenUpLater) {
   ASSERT_TRUE(WaitUntil([&] { return events.completions > 0; }));
   EXPECT_TRUE(nested);
   EXPECT_EQ(events.content, "first second");
+}
+
+// A handler that starts another request inside its event loop, where the
+// old connection ends, has dropped the old request; the new one runs whole.
+TEST(ResponseTest, ARequestStartedInANestedEventLoopRunsAlone) {
+  TestServer server;
+  server.Serve({{TestServer::ReadRequest(), TestServer::Send("HTTP/1.0 200 OK\r\n\r\nold"), TestServer::Pause(20),
+                 TestServer::Send(" rest"), TestServer::Close()},
+                {TestServer::ReadRequest(), TestServer::Send("HTTP/1.0 200 OK\r\n\r\nnew"), TestServer::Close()}});
+  HTTPSocket socket;
+  HTTPEvents events;
+  events.Attach(socket);
+  const auto record = socket.ReceiveProgress;
+  socket.ReceiveProgress = [&](HTTPSocket& sender, int64_t received, int64_t total, const String& data) {
+    record(sender, received, total, data);
+    if (data != "old") return;
+    WaitUntil([] { return false; }, 200);
+    sender.Get(server.Url("/new"));
+  };
+  socket.Get(server.Url("/old"));
+  ASSERT_TRUE(WaitUntil([&] { return events.completions > 0; }));
+  WaitUntil([] { return false; }, 100);
+  EXPECT_EQ(events.completions, 1);
+  EXPECT_EQ(events.log.back(), "PageReceived 200 " + server.Url("/new"));
+  EXPECT_EQ(events.content, "new");
 }
 
 // The re-entrance guard is down again after a handler's exception.
