@@ -123,7 +123,9 @@ struct TCPSocket::Impl {
   QObject context;
   // The addresses of the host not tried yet.
   QList<QHostAddress> addresses;
-  int lookupId = -1;
+  // A name lookup under way. One that is no longer wanted is left to finish
+  // and its result ignored: aborting one leaks its callback in Qt.
+  bool lookingUp = false;
   // The connection under way, until it stands and QTcpSocket takes it over.
   int connecting = -1;
   std::unique_ptr<QSocketNotifier> connectingNotifier;
@@ -153,10 +155,7 @@ TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
   });
 }
 
-TCPSocket::~TCPSocket() {
-  if (d->lookupId != -1) QHostInfo::abortHostLookup(d->lookupId);
-  _StopConnecting();
-}
+TCPSocket::~TCPSocket() { _StopConnecting(); }
 
 int64_t TCPSocket::BytesAvailable() const { return d->socket.bytesAvailable(); }
 
@@ -165,8 +164,7 @@ void TCPSocket::Close() {
   d->deliveryQueued = false;
   d->pending = {};
   d->addresses.clear();
-  if (d->lookupId != -1) QHostInfo::abortHostLookup(d->lookupId);
-  d->lookupId = -1;
+  d->lookingUp = false;
   _StopConnecting();
   d->socket.abort();
 }
@@ -190,9 +188,10 @@ void TCPSocket::Connect() {
     _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
     return;
   }
-  d->lookupId = QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
-    if (attempt != d->attempt) return;
-    d->lookupId = -1;
+  d->lookingUp = true;
+  QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
+    if (attempt != d->attempt || !d->lookingUp) return;
+    d->lookingUp = false;
     d->addresses = info.addresses();
     if (d->addresses.isEmpty()) {
       _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
@@ -349,9 +348,8 @@ void TCPSocket::_StopConnecting() {
 // entered only once poll() has seen the socket ready, since they report a
 // wait that runs out as an error of the connection.
 void TCPSocket::_WaitForActivity() {
-  if (d->lookupId != -1) {
-    QHostInfo::abortHostLookup(d->lookupId);
-    d->lookupId = -1;
+  if (d->lookingUp) {
+    d->lookingUp = false;
     d->addresses = QHostInfo::fromName(QString::fromStdString(Address)).addresses();
     if (d->addresses.isEmpty()) {
       _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
