@@ -13,10 +13,11 @@ namespace {
 
 // Downloads arrive in socket blocks of a few KiB; one buffer of this size
 // turns them into few large writes.
-constexpr size_t kFileBufferSize = 256 * 1024;
+constexpr size_t kFileBufferSize = size_t{256} * 1024;
 
-IOException WriteError(const std::string& what, int error) {
-  return IOException(what + ": " + std::strerror(error), error);
+// The caller reads errno first: building the message may change it.
+[[noreturn]] void RaiseIOException(int error, const std::string& what) {
+  throw IOException(what + ": " + std::strerror(error), error);
 }
 
 }  // namespace
@@ -24,7 +25,10 @@ IOException WriteError(const std::string& what, int error) {
 BinaryStream::BinaryStream(const FolderItem& file, bool overwrite) {
   // "x" refuses a file that already stands there.
   mFile.reset(std::fopen(file.NativePath().c_str(), overwrite ? "wb" : "wbx"));
-  if (!mFile) throw WriteError("Can't open " + file.NativePath() + " for writing", errno);
+  if (!mFile) {
+    const int error = errno;
+    RaiseIOException(error, "Can't open " + file.NativePath() + " for writing");
+  }
   mBuffer = std::make_unique<char[]>(kFileBufferSize);
   std::setvbuf(mFile.get(), mBuffer.get(), _IOFBF, kFileBufferSize);
 }
@@ -39,13 +43,17 @@ Ref<BinaryStream> BinaryStream::Create(const Ref<FolderItem>& item, bool overwri
 
 void BinaryStream::Close() {
   mBlock = nullptr;
-  if (mFile && std::fclose(mFile.release()) != 0) throw WriteError("Can't write the file", errno);
+  if (mFile && std::fclose(mFile.release()) != 0) {
+    const int error = errno;
+    RaiseIOException(error, "Can't write the file");
+  }
 }
 
 void BinaryStream::Write(const String& bytes) {
   if (mFile) {
     if (std::fwrite(bytes.data(), 1, bytes.size(), mFile.get()) != bytes.size()) {
-      throw WriteError("Can't write the file", errno);
+      const int error = errno;
+      RaiseIOException(error, "Can't write the file");
     }
     return;
   }

@@ -13,12 +13,12 @@ namespace velmaris {
 
 class Shell {
  public:
-  // Blocks until the command has ended; ErrorCode then holds its status.
-  void Execute(const std::string& command);
   // The exit status of the last command: 0 for success; 127 when the
   // program can't be found or the shell can't be started; 128 plus the
   // signal's number when the child was killed.
   int64_t ErrorCode() const { return mErrorCode; }
+  // Blocks until the command has ended; ErrorCode then holds its status.
+  void Execute(const std::string& command);
 
  private:
   int64_t mErrorCode = 0;

@@ -14,6 +14,8 @@
 
 namespace velmaris {
 
+class Shell;
+
 class FenetreTelechargement : public Window {
  public:
   FenetreTelechargement();
@@ -34,6 +36,9 @@ class FenetreTelechargement : public Window {
   ProgressBar& ProgressBarDonwload();
 
   void TimerQuit_Action(Timer& sender);
+  // The update branch of TimerQuit_Action; sh re-opens the main application
+  // when the download can't be started.
+  void BrancheMiseAJour(Shell& sh);
   void TimerInstallation_Action(Timer& sender);
   void Event_Open();
 

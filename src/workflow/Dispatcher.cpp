@@ -1,18 +1,69 @@
 // The dispatcher: runs once, on TimerQuit, and carries out the job that the
 // window's opening chose.
+#include <vector>
+
 #include "base/Runtime.h"
+#include "base/Shell.h"
+#include "base/SpecialFolder.h"
+#include "base/StringFunctions.h"
 #include "core/VelmarisMAJ.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Strings.h"
 
 namespace velmaris {
 
+namespace {
+
+// The main application's data folder: beside a portable copy, otherwise in
+// the user's application-data folder. Only the last path segment counts.
+void DeterminerChemins() {
+  VelmarisMAJ& app = App();
+  const std::vector<String> segments = Split(app.strCheminApp, "/");
+  app.strNomApp = segments.back();
+  if (InStr(app.strNomApp, "Portable") > 0) {
+    app.bPortable = true;
+    app.strCheminAppData = Replace(app.strCheminApp, "/" + app.strNomApp, "");
+    app.strCheminAppData += "/Velmaris";
+    app.strCheminAppDataSauveDB = app.strCheminAppData + "/BackupsDB";
+  } else {
+    app.strCheminAppData = SpecialFolder::ApplicationData()->Child("Velmaris")->NativePath();
+    app.strCheminAppDataSauveDB = app.strCheminAppData + "/BackupsDB";
+  }
+}
+
+// Two waits give the main application time to close its database; one
+// repeat after a failure, then a dialog. The main application is opened
+// again whatever the outcome.
+void RestaurerBase(Window& fenetre, Shell& sh) {
+  VelmarisMAJ& app = App();
+  const std::string strSauvegarde = app.RetournerValeurArgument("SAUVEDB");
+  const std::string strRepApp = app.RetournerValeurArgument("REPAPP");
+  app.PatienterSecondes(2);
+  fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
+  app.PatienterSecondes(2);
+  bool bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
+  if (!bRestaurationOK) {
+    app.PatienterSecondes(2);
+    bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
+  }
+  if (!bRestaurationOK) app.AfficherMessage(Strings::kMsgBoxErreurRestauration(), "", true);
+  sh.Execute("open \"" + strRepApp + "\"");
+  app.bQuit = true;
+  app.bSauvegardeDB = false;
+}
+
+}  // namespace
+
 void FenetreTelechargement::TimerQuit_Action(Timer& /*sender*/) {
+  Shell sh;
   if (App().bQuit) {
     App().AfficherMessage(Strings::kMsgBoxErreurMAJ0(), Strings::kMsgBoxVelmarisDispo(), true);
     Quit(0);
   }
-  // FIXME: the database leg and the update branch come with their jobs.
+  App().strCheminApp = App().RetournerValeurArgument("REPAPP");
+  if (App().strCheminApp != "") DeterminerChemins();
+  if (App().bSauvegardeDB) RestaurerBase(*this, sh);
+  if (App().bMAJ) BrancheMiseAJour(sh);
   if (App().bQuit) Quit(0);
 }
 
