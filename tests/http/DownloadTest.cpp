@@ -39,7 +39,9 @@ class DownloadTest : public ::testing::Test {
 TEST_F(DownloadTest, TheBodyGoesIntoTheFile) {
   std::string body(300 * 1024, '\0');
   for (size_t i = 0; i < body.size(); ++i) body[i] = static_cast<char>(i * 131 >> 3);
-  std::mt19937 random(std::random_device{}());
+  const unsigned seed = std::random_device{}();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
   for (const std::string status : {"200 OK", "404 Not Found"}) {
     TestServer server;
     const std::string head = "HTTP/1.0 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";

@@ -104,7 +104,7 @@ TEST(ResponseTest, WaysAPageEnds) {
       script.push_back(std::move(step));
     }
     if (row.end == End::Close) script.push_back(TestServer::Close());
-    if (row.end == End::Reset) script.insert(script.end(), {TestServer::Pause(100), TestServer::Reset()});
+    if (row.end == End::Reset) script.insert(script.end(), {TestServer::Pause(250), TestServer::Reset()});
     server.Serve({script});
     HTTPSocket socket;
     HTTPEvents events;
