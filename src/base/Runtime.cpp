@@ -1,10 +1,15 @@
 #include "base/Runtime.h"
 
 #include <QCoreApplication>
+#include <iostream>
+
+// A headless build (the download benchmark's driver) reports on stderr only,
+// and so needs neither QtGui nor QtWidgets.
+#ifndef VELMARIS_HEADLESS
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QString>
-#include <iostream>
+#endif
 
 namespace velmaris {
 
@@ -29,10 +34,12 @@ void EndRun(int64_t code) {
 void Report(const std::string& className, const std::string& message) {
   const std::string text = "Unhandled " + className + (message.empty() ? "" : ": " + message);
   std::cerr << "VelmarisMAJ: " << text << std::endl;
+#ifndef VELMARIS_HEADLESS
   if (HasDisplay()) {
     QMessageBox box(QMessageBox::Critical, QStringLiteral("VelmarisMAJ"), QString::fromStdString(text));
     box.exec();
   }
+#endif
 }
 
 }  // namespace
@@ -47,6 +54,10 @@ bool RunIsEnding() { return State().ending; }
 int64_t RunExitCode() { return State().exitCode; }
 
 void ResetRunState() { State() = RunState{}; }
+
+void DoEvents() {
+  if (QCoreApplication::instance() != nullptr) QCoreApplication::processEvents(QEventLoop::AllEvents);
+}
 
 void _CallFunctionWithExceptionHandling(const std::function<void()>& function) {
   try {
@@ -64,9 +75,13 @@ void _CallFunctionWithExceptionHandling(const std::function<void()>& function) {
 }
 
 bool HasDisplay() {
+#ifdef VELMARIS_HEADLESS
+  return false;
+#else
   return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
          QGuiApplication::platformName() != QLatin1String("offscreen") &&
          QGuiApplication::platformName() != QLatin1String("minimal");
+#endif
 }
 
 void UnhandledException(const RuntimeException& error) {

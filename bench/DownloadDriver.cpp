@@ -1,0 +1,55 @@
+// Downloads one URL into a file with the asynchronous Get(url, file), in the
+// event loop and without a window, then prints one line:
+// "<seconds from Get to DownloadComplete> <bytes in the file> <peak RSS in KiB>".
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include "http/HTTPSocket.h"
+
+namespace {
+
+// VmHWM of /proc/self/status: the most memory the process has held resident.
+long PeakResidentKiB() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmHWM:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return -1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QCoreApplication application(argc, argv);
+  if (argc != 3) {
+    std::fprintf(stderr, "usage: %s URL FILE\n", argv[0]);
+    return 2;
+  }
+  using namespace velmaris;
+  HTTPSocket socket;
+  int64_t status = 0;
+  socket.DownloadComplete = [&status](HTTPSocket&, const String&, int64_t httpStatus, const Ref<InternetHeaders>&,
+                                      const Ref<FolderItem>&) {
+    status = httpStatus;
+    QCoreApplication::quit();
+  };
+  socket.Error = [](HTTPSocket&, int64_t code) {
+    std::fprintf(stderr, "connection failed: %lld\n", static_cast<long long>(code));
+    QCoreApplication::exit(1);
+  };
+  const Ref<FolderItem> file = New<FolderItem>(argv[2], FolderItem::PathModes::Shell);
+  QElapsedTimer elapsed;
+  elapsed.start();
+  socket.Get(argv[1], file);
+  if (QCoreApplication::exec() != 0) return 1;
+  const double seconds = static_cast<double>(elapsed.nsecsElapsed()) / 1e9;
+  if (status != 200) {
+    std::fprintf(stderr, "status %lld\n", static_cast<long long>(status));
+    return 1;
+  }
+  std::printf("%.6f %llu %ld\n", seconds, static_cast<unsigned long long>(file->Length()), PeakResidentKiB());
+  return 0;
+}
