@@ -54,6 +54,10 @@ int64_t RunExitCode() { return State().exitCode; }
 
 void ResetRunState() { State() = RunState{}; }
 
+void DoEvents() {
+  if (QCoreApplication::instance() != nullptr) QCoreApplication::processEvents(QEventLoop::AllEvents);
+}
+
 void _CallFunctionWithExceptionHandling(const std::function<void()>& function) {
   try {
     function();

@@ -19,6 +19,9 @@ int64_t RunExitCode();
 // Back to a run that is not ending (tests run many "runs" in one process).
 void ResetRunState();
 
+// Runs the application's event loop once: the events that are pending, no waiting.
+void DoEvents();
+
 // Every call from the event loop into the logic goes through here:
 // EndException and ThreadEndException end silently, any other exception is
 // reported by UnhandledException, and nothing escapes into the event loop.

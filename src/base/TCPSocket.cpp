@@ -1,0 +1,358 @@
+#include "base/TCPSocket.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QHostAddress>
+#include <QHostInfo>
+#include <QList>
+#include <QSocketNotifier>
+#include <QTcpSocket>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "base/Runtime.h"
+
+namespace velmaris {
+
+namespace {
+
+constexpr int kTickMilliseconds = 17;  // one sixtieth of a second, rounded up
+
+int64_t ErrorCode(QAbstractSocket::SocketError error) { return TCPSocket::kErrorBase + error; }
+
+QAbstractSocket::SocketError ConnectError(int error) {
+  switch (error) {
+    case ECONNREFUSED:
+      return QAbstractSocket::ConnectionRefusedError;
+    case ETIMEDOUT:
+      return QAbstractSocket::SocketTimeoutError;
+    case ENETUNREACH:
+    case EHOSTUNREACH:
+    case ENETDOWN:
+      return QAbstractSocket::NetworkError;
+    case EACCES:
+    case EPERM:
+      return QAbstractSocket::SocketAccessError;
+    case EADDRNOTAVAIL:
+      return QAbstractSocket::SocketAddressNotAvailableError;
+    case EMFILE:
+    case ENFILE:
+    case ENOBUFS:
+    case ENOMEM:
+      return QAbstractSocket::SocketResourceError;
+    default:
+      return QAbstractSocket::UnknownSocketError;
+  }
+}
+
+// A non-blocking socket with a connect to the address under way; the errno
+// of the failure when connect fails at once.
+int StartConnect(const QHostAddress& address, uint16_t port, int* descriptor) {
+  sockaddr_storage storage{};
+  socklen_t length = 0;
+  if (address.protocol() == QAbstractSocket::IPv6Protocol) {
+    sockaddr_in6 target{};
+    target.sin6_family = AF_INET6;
+    target.sin6_port = htons(port);
+    const Q_IPV6ADDR bytes = address.toIPv6Address();
+    std::memcpy(&target.sin6_addr, &bytes, sizeof target.sin6_addr);
+    target.sin6_scope_id = address.scopeId().toUInt();
+    std::memcpy(&storage, &target, sizeof target);
+    length = sizeof target;
+  } else {
+    sockaddr_in target{};
+    target.sin_family = AF_INET;
+    target.sin_port = htons(port);
+    target.sin_addr.s_addr = htonl(address.toIPv4Address());
+    std::memcpy(&storage, &target, sizeof target);
+    length = sizeof target;
+  }
+  *descriptor = socket(storage.ss_family, SOCK_STREAM, 0);
+  if (*descriptor < 0) return errno;
+  fcntl(*descriptor, F_SETFD, FD_CLOEXEC);
+  fcntl(*descriptor, F_SETFL, fcntl(*descriptor, F_GETFL) | O_NONBLOCK);
+  if (connect(*descriptor, reinterpret_cast<const sockaddr*>(&storage), length) == 0 || errno == EINPROGRESS) {
+    return 0;
+  }
+  return errno;
+}
+
+}  // namespace
+
+struct TCPSocket::Impl {
+  // Events recorded until they are delivered.
+  struct Pending {
+    bool nextAddress = false;
+    bool connectionReady = false;
+    bool connected = false;
+    bool dataAvailable = false;
+    bool sendComplete = false;
+    bool error = false;
+    int64_t errorCode = 0;
+    bool Any() const { return nextAddress || connectionReady || connected || dataAvailable || sendComplete || error; }
+  };
+
+  QTcpSocket socket;
+  // Declared after the socket so that it goes first: the connections and the
+  // queued deliveries that use it as context die before the socket does.
+  QObject context;
+  // The addresses of the host not tried yet.
+  QList<QHostAddress> addresses;
+  int lookupId = -1;
+  // The connection under way, until it stands and QTcpSocket takes it over.
+  int connecting = -1;
+  std::unique_ptr<QSocketNotifier> connectingNotifier;
+  // Counts Connect and Close calls; a delivery queued for an earlier one is stale.
+  uint64_t attempt = 0;
+  bool deliveryQueued = false;
+  Pending pending;
+  int64_t lastErrorCode = 0;
+};
+
+TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
+  d->socket.setReadBufferSize(kReadBufferSize);
+  QObject::connect(&d->socket, &QTcpSocket::readyRead, &d->context, [this] {
+    d->pending.dataAvailable = true;
+    _Schedule();
+  });
+  QObject::connect(&d->socket, &QTcpSocket::bytesWritten, &d->context, [this] {
+    if (d->socket.bytesToWrite() > 0) return;
+    d->pending.sendComplete = true;
+    _Schedule();
+  });
+  QObject::connect(&d->socket, &QTcpSocket::errorOccurred, &d->context, [this](QAbstractSocket::SocketError error) {
+    // A wait of Qt's own that ran out leaves the connection as it was.
+    if (error == QAbstractSocket::SocketTimeoutError && IsConnected()) return;
+    _Fail(ErrorCode(error));
+  });
+}
+
+TCPSocket::~TCPSocket() {
+  if (d->lookupId != -1) QHostInfo::abortHostLookup(d->lookupId);
+  _StopConnecting();
+}
+
+int64_t TCPSocket::BytesAvailable() const { return d->socket.bytesAvailable(); }
+
+void TCPSocket::Close() {
+  ++d->attempt;
+  d->deliveryQueued = false;
+  d->pending = {};
+  d->addresses.clear();
+  if (d->lookupId != -1) QHostInfo::abortHostLookup(d->lookupId);
+  d->lookupId = -1;
+  _StopConnecting();
+  d->socket.abort();
+}
+
+void TCPSocket::Connect() {
+  Close();
+  d->lastErrorCode = 0;
+  if (Port < 1 || Port > 65535) {
+    _Fail(ErrorCode(QAbstractSocket::SocketAddressNotAvailableError));
+    return;
+  }
+  const QString host = QString::fromStdString(Address);
+  QHostAddress literal;
+  if (literal.setAddress(host)) {
+    d->addresses = {literal};
+    d->pending.nextAddress = true;
+    _Schedule();
+    return;
+  }
+  if (host.isEmpty()) {
+    _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
+    return;
+  }
+  d->lookupId = QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
+    if (attempt != d->attempt) return;
+    d->lookupId = -1;
+    d->addresses = info.addresses();
+    if (d->addresses.isEmpty()) {
+      _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
+    } else {
+      d->pending.nextAddress = true;
+      _Schedule();
+    }
+  });
+}
+
+bool TCPSocket::IsConnected() const { return d->socket.state() == QAbstractSocket::ConnectedState; }
+
+int64_t TCPSocket::LastErrorCode() const { return d->lastErrorCode; }
+
+String TCPSocket::Lookahead() {
+  if (!d->socket.isOpen()) return {};
+  const QByteArray bytes = d->socket.peek(d->socket.bytesAvailable());
+  return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
+
+void TCPSocket::Poll() {
+  if (!d->pending.Any()) _WaitForActivity();
+  _Deliver();
+}
+
+void TCPSocket::Purge() {
+  if (d->socket.isOpen()) d->socket.skip(d->socket.bytesAvailable());
+}
+
+String TCPSocket::Read(int64_t count) {
+  const int64_t available = d->socket.bytesAvailable();
+  const int64_t wanted = count < 1 ? available : std::min(count, available);
+  if (wanted == 0) return {};
+  String bytes(static_cast<size_t>(wanted), '\0');
+  const int64_t got = d->socket.read(bytes.data(), wanted);
+  bytes.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
+  return bytes;
+}
+
+String TCPSocket::ReadAll() { return Read(0); }
+
+void TCPSocket::Write(const String& bytes) {
+  if (IsConnected()) d->socket.write(bytes.data(), static_cast<qint64>(bytes.size()));
+}
+
+// Once the connection under way has an outcome: it stands and QTcpSocket
+// takes it over, or the next address is tried, or it fails.
+void TCPSocket::_CheckConnection() {
+  int error = 0;
+  socklen_t length = sizeof error;
+  if (getsockopt(d->connecting, SOL_SOCKET, SO_ERROR, &error, &length) != 0) error = errno;
+  if (error == EINPROGRESS || error == EALREADY) {
+    d->connectingNotifier->setEnabled(true);
+    return;
+  }
+  if (error != 0) {
+    _FailToConnect(error);
+    return;
+  }
+  const int descriptor = d->connecting;
+  d->connectingNotifier.reset();
+  d->connecting = -1;
+  d->addresses.clear();
+  d->socket.setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
+  d->pending.connected = true;
+  _Schedule();
+}
+
+void TCPSocket::_ConnectToNextAddress() {
+  _StopConnecting();
+  int descriptor = -1;
+  const int error = StartConnect(d->addresses.takeFirst(), static_cast<uint16_t>(Port), &descriptor);
+  d->connecting = descriptor;
+  if (error != 0) {
+    _FailToConnect(error);
+    return;
+  }
+  d->connectingNotifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Write);
+  QObject::connect(d->connectingNotifier.get(), &QSocketNotifier::activated, &d->context, [this] {
+    d->connectingNotifier->setEnabled(false);
+    d->pending.connectionReady = true;
+    _Schedule();
+  });
+}
+
+// Raises the pending events one at a time, in the order in which a
+// connection produces them. Each is taken off before its handler runs, and a
+// handler that closes or reconnects drops the rest with the old connection.
+void TCPSocket::_Deliver() {
+  Impl::Pending& pending = d->pending;
+  while (pending.Any()) {
+    if (pending.nextAddress) {
+      pending.nextAddress = false;
+      _ConnectToNextAddress();
+    } else if (pending.connectionReady) {
+      pending.connectionReady = false;
+      _CheckConnection();
+    } else if (pending.connected) {
+      pending.connected = false;
+      Event_Connected();
+    } else if (pending.dataAvailable) {
+      pending.dataAvailable = false;
+      Event_DataAvailable();
+    } else if (pending.sendComplete) {
+      pending.sendComplete = false;
+      Event_SendComplete(false);
+    } else {
+      pending.error = false;
+      d->lastErrorCode = pending.errorCode;
+      Event_Error();
+    }
+  }
+}
+
+void TCPSocket::_Fail(int64_t code) {
+  d->pending.error = true;
+  d->pending.errorCode = code;
+  _Schedule();
+}
+
+void TCPSocket::_FailToConnect(int error) {
+  _StopConnecting();
+  if (d->addresses.isEmpty()) {
+    _Fail(ErrorCode(ConnectError(error)));
+  } else {
+    d->pending.nextAddress = true;
+    _Schedule();
+  }
+}
+
+// Every event is delivered from a call of its own in the event loop, with Qt
+// no longer on the stack.
+void TCPSocket::_Schedule() {
+  if (d->deliveryQueued) return;
+  d->deliveryQueued = true;
+  QMetaObject::invokeMethod(
+      &d->context,
+      [this, attempt = d->attempt] {
+        if (attempt != d->attempt) return;
+        d->deliveryQueued = false;
+        _CallFunctionWithExceptionHandling([this] { _Deliver(); });
+      },
+      Qt::QueuedConnection);
+}
+
+void TCPSocket::_StopConnecting() {
+  d->connectingNotifier.reset();
+  if (d->connecting != -1) ::close(d->connecting);
+  d->connecting = -1;
+}
+
+// Lets the connection move on, waiting at most a tick. Qt's own waits are
+// entered only once poll() has seen the socket ready, since they report a
+// wait that runs out as an error of the connection.
+void TCPSocket::_WaitForActivity() {
+  if (d->lookupId != -1) {
+    QHostInfo::abortHostLookup(d->lookupId);
+    d->lookupId = -1;
+    d->addresses = QHostInfo::fromName(QString::fromStdString(Address)).addresses();
+    if (d->addresses.isEmpty()) {
+      _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
+    } else {
+      d->pending.nextAddress = true;
+    }
+    return;
+  }
+  pollfd descriptor{d->connecting, POLLOUT, 0};
+  if (d->connecting != -1) {
+    if (poll(&descriptor, 1, kTickMilliseconds) > 0) d->pending.connectionReady = true;
+    return;
+  }
+  if (!IsConnected()) return;
+  descriptor = {static_cast<int>(d->socket.socketDescriptor()), 0, 0};
+  if (BytesAvailable() < kReadBufferSize) descriptor.events |= POLLIN;
+  if (d->socket.bytesToWrite() > 0) descriptor.events |= POLLOUT;
+  if (poll(&descriptor, 1, kTickMilliseconds) < 1) return;
+  if ((descriptor.revents & ~POLLOUT) != 0) {
+    d->socket.waitForReadyRead(0);
+  } else {
+    d->socket.waitForBytesWritten(0);
+  }
+}
+
+}  // namespace velmaris

@@ -1,0 +1,74 @@
+#pragma once
+// A buffered TCP client socket. It connects by itself, one address of the
+// host at a time, and hands the connection to Qt's QTcpSocket once it stands.
+// What happens on the connection is turned into events that are delivered
+// later from the event loop, never from inside Qt, so that a handler may
+// Close, reconnect or run an event loop of its own; Poll delivers them on the
+// calling thread instead.
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "base/SocketCore.h"
+#include "base/StringFunctions.h"
+
+namespace velmaris {
+
+class TCPSocket : public SocketCore {
+ public:
+  // Unread bytes are held up to this many; beyond it the peer is held back
+  // by TCP's flow control, so memory stays flat however fast it sends.
+  static constexpr int64_t kReadBufferSize = 1024 * 1024;
+  // LastErrorCode is this plus the QAbstractSocket::SocketError of the
+  // failure, so that it never meets the small codes of the layers above.
+  static constexpr int64_t kErrorBase = 100;
+
+  TCPSocket();
+  ~TCPSocket() override;
+
+  // The host name or address to reach; a name is resolved by Connect.
+  String Address;
+
+  // Unread bytes in the receive buffer.
+  virtual int64_t BytesAvailable() const;
+  void Close() override;
+  void Connect() override;
+  bool IsConnected() const override;
+  int64_t LastErrorCode() const override;
+  // All unread bytes, left in the buffer.
+  virtual String Lookahead();
+  // Resolving a name blocks for as long as the resolver takes.
+  void Poll() override;
+  void Purge() override;
+  // Removes and returns up to count bytes from the front of the buffer, all
+  // of them for a count of 0 or below; never waits.
+  virtual String Read(int64_t count);
+  virtual String ReadAll();
+  // Queues the bytes for sending, in order; ignored while not connected.
+  virtual void Write(const String& bytes);
+
+  // The connection stands.
+  std::function<void(TCPSocket&)> Connected;
+
+ protected:
+  virtual void Event_Connected() {
+    if (Connected) Connected(*this);
+  }
+
+ private:
+  struct Impl;
+
+  void _CheckConnection();
+  void _ConnectToNextAddress();
+  void _Deliver();
+  void _Fail(int64_t code);
+  void _FailToConnect(int error);
+  void _Schedule();
+  void _StopConnecting();
+  void _WaitForActivity();
+
+  std::unique_ptr<Impl> d;
+};
+
+}  // namespace velmaris

@@ -1,0 +1,140 @@
+// The blocking forms and their limit of inactivity.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <fstream>
+
+#include "HTTPEvents.h"
+#include "support/TestServer.h"
+
+namespace velmaris {
+namespace {
+
+using testing::HTTPEvents;
+using testing::TestServer;
+using testing::WaitUntil;
+
+std::string Contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TestServer::Script Answer(const std::string& response) {
+  return {TestServer::ReadRequest(), TestServer::Send(response), TestServer::Close()};
+}
+
+// Each form returns its result and raises none of the silenced events.
+TEST(BlockingTest, EveryFormReturnsItsResultSilently) {
+  QTemporaryDir folder;
+  const std::string path = folder.filePath("page").toStdString();
+  TestServer server;
+  server.Serve({Answer("HTTP/1.0 200 OK\r\nContent-Length: 4\r\n\r\nbody"),
+                Answer("HTTP/1.0 201 Created\r\n\r\nposted"), Answer("HTTP/1.0 200 OK\r\nX-Head: yes\r\n\r\n"),
+                Answer("HTTP/1.0 404 Not Found\r\n\r\nmissing"), Answer("HTTP/1.0 200 OK\r\n\r\nput")});
+  HTTPSocket socket;
+  HTTPEvents events;
+  events.Attach(socket);
+  EXPECT_EQ(socket.Get(server.Url("/"), 0), "body");
+  EXPECT_EQ(socket.HTTPStatusCode(), 200);
+  socket.SetRequestContent("form", "text/plain");
+  EXPECT_EQ(socket.Post(server.Url("/"), 5), "posted");
+  EXPECT_EQ(socket.HTTPStatusCode(), 201);
+  const Ref<InternetHeaders> headers = socket.GetHeaders(server.Url("/"), 5);
+  ASSERT_FALSE(headers.IsNil());
+  EXPECT_EQ(headers->Value("x-head"), "yes");
+  EXPECT_TRUE(socket.Get(server.Url("/"), New<FolderItem>(path, FolderItem::PathModes::Shell), 0))
+      << "a 404 is no error";
+  EXPECT_EQ(Contents(path), "missing");
+  EXPECT_EQ(socket.SendRequest("PUT", server.Url("/"), 5), "put");
+  EXPECT_EQ(socket.ErrorCode(), 0);
+  EXPECT_EQ(events.log, std::vector<std::string>{});
+  EXPECT_EQ(server.Received().at(1).substr(0, 5), "POST ");
+
+  // Silent until an asynchronous form is called again.
+  socket.SetError(5);
+  EXPECT_EQ(socket.ErrorCode(), 5);
+  EXPECT_EQ(events.log, std::vector<std::string>{});
+  server.Serve({Answer("HTTP/1.0 200 OK\r\n\r\n")});
+  socket.Get(server.Url("/"));
+  ASSERT_TRUE(WaitUntil([&] { return events.completions > 0; }));
+  EXPECT_EQ(events.log.front(), "Connected");
+}
+
+TEST(BlockingTest, FailuresReturnNothing) {
+  QTemporaryDir folder;
+  TestServer server;
+  server.Serve({Answer("HTTP/1.0 200 OK\r\n\r\nfirst")});
+  HTTPSocket socket;
+  ASSERT_EQ(socket.Get(server.Url("/"), 5), "first");
+  const std::string refused = "http://127.0.0.1:" + std::to_string(TestServer::RefusingPort()) + "/";
+  EXPECT_EQ(socket.Get(refused, 0), "") << "nothing of the last page";
+  EXPECT_EQ(socket.ErrorCode(), TCPSocket::kErrorBase);
+  EXPECT_EQ(socket.HTTPStatusCode(), 0);
+  EXPECT_TRUE(socket.GetHeaders(refused, 0).IsNil());
+  EXPECT_FALSE(
+      socket.Get(refused, New<FolderItem>(folder.filePath("f").toStdString(), FolderItem::PathModes::Shell), 0));
+  EXPECT_EQ(socket.ErrorCode(), TCPSocket::kErrorBase);
+
+  // An unusable file: false at once, even without a limit.
+  QElapsedTimer elapsed;
+  elapsed.start();
+  EXPECT_FALSE(
+      socket.Get(server.Url("/"), New<FolderItem>(folder.path().toStdString(), FolderItem::PathModes::Shell), 0));
+  EXPECT_EQ(socket.ErrorCode(), 1);
+  EXPECT_LT(elapsed.elapsed(), 1000);
+  EXPECT_EQ(server.Connections(), 1);
+}
+
+// The limit runs anew with every growth of the page; a download doesn't grow
+// the page, so there the whole transfer must fit in it.
+TEST(BlockingTest, TheLimitIsOneOfInactivity) {
+  QTemporaryDir folder;
+  const std::string path = folder.filePath("slow").toStdString();
+  TestServer::Script slow{TestServer::ReadRequest(), TestServer::Send("HTTP/1.0 200 OK\r\n\r\n")};
+  for (int i = 0; i < 5; ++i) slow.insert(slow.end(), {TestServer::Pause(400), TestServer::Send("x")});
+  slow.push_back(TestServer::Close());
+  TestServer server;
+  server.Serve({slow});
+  HTTPSocket socket;
+  QElapsedTimer elapsed;
+  elapsed.start();
+  EXPECT_EQ(socket.Get(server.Url("/"), 1), "xxxxx");
+  EXPECT_EQ(socket.ErrorCode(), 0);
+  EXPECT_GE(elapsed.elapsed(), 2000);
+
+  elapsed.restart();
+  EXPECT_FALSE(socket.Get(server.Url("/"), New<FolderItem>(path, FolderItem::PathModes::Shell), 1));
+  EXPECT_EQ(socket.ErrorCode(), -1);
+  EXPECT_GE(elapsed.elapsed(), 1000);
+  EXPECT_LT(elapsed.elapsed(), 1900);
+
+  // A server that never answers: what arrived by then, which is nothing.
+  server.Serve({{TestServer::ReadRequest()}});
+  elapsed.restart();
+  EXPECT_EQ(socket.Get(server.Url("/"), 1), "");
+  EXPECT_EQ(socket.ErrorCode(), -1);
+  EXPECT_GE(elapsed.elapsed(), 1000);
+  EXPECT_LT(elapsed.elapsed(), 1900);
+  // The timed-out download's file stayed open until this request closed it.
+  EXPECT_EQ(Contents(path), "xx");
+}
+
+TEST(BlockingTest, ChallengesAreStillAnswered) {
+  TestServer server;
+  server.Serve({Answer("HTTP/1.0 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"r\"\r\n\r\n"),
+                Answer("HTTP/1.0 200 OK\r\n\r\nwelcome")});
+  HTTPSocket socket;
+  HTTPEvents events;
+  events.Attach(socket);
+  events.answer = [](std::string& name, std::string& password) {
+    name = "a";
+    password = "b";
+    return true;
+  };
+  EXPECT_EQ(socket.Get(server.Url("/"), 5), "welcome");
+  EXPECT_EQ(events.log, std::vector<std::string>{"AuthenticationRequired r"});
+}
+
+}  // namespace
+}  // namespace velmaris
