@@ -24,6 +24,8 @@ String NameOfKey(const String& key) { return NthField(key, ":", 1); }
 InternetHeaders::InternetHeaders() : _Headers(New<Dictionary>()) {}
 
 void InternetHeaders::AppendHeader(const String& name, const String& value) {
+  // Probes name, name:1, name:2...; like every key's, the name of a probe is
+  // what stands before its first colon.
   String key = name;
   for (int64_t n = 1; _Headers->HasKey(key); ++n) {
     key = OrdinalKey(NameOfKey(key), n);
@@ -34,11 +36,11 @@ void InternetHeaders::AppendHeader(const String& name, const String& value) {
 
 String InternetHeaders::CommaSeparatedValues(const String& name) const {
   String text;
-  for (int64_t i = 0; i <= NameCount(name) - 1; ++i) {
+  for (int64_t i = 0; i < NameCount(name); ++i) {
     text += ", " + Value(name, i);
     RuntimeBackgroundTask();
   }
-  return Mid(text, 3);
+  return Mid(text, 3);  // without the leading ", "
 }
 
 int64_t InternetHeaders::Count() const { return _Headers->Count(); }
@@ -126,7 +128,7 @@ String InternetHeaders::_FormatEmailHeaders() const {
   String text;
   const auto addLine = [&text](const String& name, const String& value) { text += kCRLF + name + ": " + value; };
   if (_HasHeader("Return-Path")) addLine("Return-Path", Value("Return-Path"));
-  for (int64_t i = 0; i <= NameCount("Received") - 1; ++i) {
+  for (int64_t i = 0; i < NameCount("Received"); ++i) {
     addLine("Received", Value("Received", i));
     RuntimeBackgroundTask();
   }
@@ -145,7 +147,7 @@ String InternetHeaders::_FormatEmailHeaders() const {
     if (InStr(placed, ":" + NameOfKey(key) + ":") == 0) addLine(NameOfKey(key), _Headers->Value(key).StringValue());
     RuntimeBackgroundTask();
   }
-  return Mid(text, 3);
+  return Mid(text, Len(kCRLF) + 1);  // without the line end before the first line
 }
 
 String InternetHeaders::_FormatHTTPHeaders() const {
@@ -156,7 +158,7 @@ String InternetHeaders::_FormatHTTPHeaders() const {
     text += kCRLF + NameOfKey(key) + ": " + _Headers->Value(key).StringValue();
     RuntimeBackgroundTask();
   }
-  return Mid(text, Len(kCRLF) + 1);
+  return Mid(text, Len(kCRLF) + 1);  // without the line end before the first line
 }
 
 bool InternetHeaders::_HasHeader(const String& name) const { return _Headers->HasKey(name); }
