@@ -31,6 +31,20 @@ void FenetreTelechargement::Layout() {
 void FenetreTelechargement::CreateControls() { _CreateControls0(); }
 
 void FenetreTelechargement::_CreateControls0() {
+  mDownloader = std::make_unique<HTTPSocket>();
+  mDownloader->DownloadComplete = [this](HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                         const Ref<InternetHeaders>& headers, const Ref<FolderItem>& file) {
+    Downloader_DownloadComplete(sender, url, httpStatus, headers, file);
+  };
+  mDownloader->ReceiveProgress = [this](HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                        const std::string& newData) {
+    Downloader_ReceiveProgress(sender, bytesReceived, totalBytes, newData);
+  };
+  mDownloader->Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
+  _AddControl("Downloader", mDownloader.get());
+  mSurveillanceTelechargement = std::make_unique<Timer>();
+  mSurveillanceTelechargement->Action = [this](Timer& /*sender*/) { AbandonnerTelechargement(); };
+
   auto* imageLogo = new Canvas(this);
   imageLogo->setGeometry(9, 10, 64, 64);
   _AddControl("ImageLogo", imageLogo);
@@ -86,6 +100,7 @@ Control& FenetreTelechargement::_ControlByName(const std::string& name) const {
   return *std::any_cast<Control*>(found->second);
 }
 
+HTTPSocket& FenetreTelechargement::Downloader() { return _ControlByName<HTTPSocket>("Downloader"); }
 Canvas& FenetreTelechargement::ImageLogo() { return _ControlByName<Canvas>("ImageLogo"); }
 Timer& FenetreTelechargement::TimerQuit() { return _ControlByName<Timer>("TimerQuit"); }
 Label& FenetreTelechargement::LabelTelechargement() { return _ControlByName<Label>("LabelTelechargement"); }

@@ -10,6 +10,7 @@
 
 #include "base/Timer.h"
 #include "base/Window.h"
+#include "http/HTTPSocket.h"
 #include "ui/Controls.h"
 
 namespace velmaris {
@@ -25,6 +26,7 @@ class FenetreTelechargement : public Window {
   void CreateControls();
   void _CreateControls0();
 
+  HTTPSocket& Downloader();
   Canvas& ImageLogo();
   Timer& TimerQuit();
   Label& LabelTelechargement();
@@ -35,6 +37,13 @@ class FenetreTelechargement : public Window {
   Timer& TimerInstallation();
   ProgressBar& ProgressBarDonwload();
 
+  void Downloader_DownloadComplete(HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                   const Ref<InternetHeaders>& headers, const Ref<FolderItem>& file);
+  // A download that can't go on: the connection failed, or nothing came for
+  // too long. The update is given up and the main application re-opened.
+  void Downloader_Error(HTTPSocket& sender, int64_t code);
+  void Downloader_ReceiveProgress(HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                  const std::string& newData);
   void TimerQuit_Action(Timer& sender);
   // The update branch of TimerQuit_Action; sh re-opens the main application
   // when the download can't be started.
@@ -43,6 +52,12 @@ class FenetreTelechargement : public Window {
   void Event_Open();
 
  private:
+  // The road of a download that can't go on: dialog, partial file removed,
+  // main application re-opened, end of the run.
+  void AbandonnerTelechargement();
+  // (Re)starts the watch that gives up a download receiving nothing.
+  void SurveillerTelechargement();
+
   template <typename Control>
   Control& _ControlByName(const std::string& name) const;
   template <typename Control>
@@ -51,6 +66,9 @@ class FenetreTelechargement : public Window {
   }
 
   std::map<std::string, std::any> mControls;
+  std::unique_ptr<HTTPSocket> mDownloader;
+  // Ends a download that receives nothing for too long.
+  std::unique_ptr<Timer> mSurveillanceTelechargement;
   std::unique_ptr<Timer> mTimerQuit;
   std::unique_ptr<Timer> mTimerInstallation;
 };
