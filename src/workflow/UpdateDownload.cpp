@@ -26,8 +26,8 @@ String ServeurMiseAJour() {
 // but letters, digits, ".", "_" and "-" may come through.
 bool VersionSure(const String& version) {
   for (const char c : version) {
-    const bool sure = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' ||
-                      c == '_' || c == '-';
+    const bool sure =
+        (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' || c == '-';
     if (!sure) return false;
   }
   return true;
@@ -106,8 +106,7 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
 }
 
 void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
-                                                        int64_t /*httpStatus*/,
-                                                        const Ref<InternetHeaders>& /*headers*/,
+                                                        int64_t /*httpStatus*/, const Ref<InternetHeaders>& /*headers*/,
                                                         const Ref<FolderItem>& /*file*/) {
   mSurveillanceTelechargement->SetMode(0);
   LabelDownload().SetVisible(false);

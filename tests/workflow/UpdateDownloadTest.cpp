@@ -117,7 +117,7 @@ TEST_F(UpdateDownload, ProgressShowsThePercentageOrTheAmountReceived) {
   class FenetreTelechargement& fenetre = OpenWindow("2.1.0");
   struct Row {
     int64_t received, total;
-    int64_t bar;      // -1: a busy bar
+    int64_t bar;  // -1: a busy bar
     const char* label;
   } rows[] = {
       {.received = 0, .total = 1000, .bar = 0, .label = "0%"},
@@ -168,9 +168,9 @@ TEST_F(UpdateDownload, ADownloadThatCantGoOnIsGivenUp) {
     setenv("VELMARIS_UPDATE_HOST", ("127.0.0.1:" + std::to_string(port)).c_str(), 1);
     if (!row.refused) {
       setenv("VELMARIS_STALL_SECONDS", "0.2", 1);
-      mServer.Serve({{testing::TestServer::ReadRequest(),
-                      testing::TestServer::Send("HTTP/1.0 200 OK\r\nContent-length: 100000\r\n\r\n" +
-                                                std::string(20000, 'z'))}});
+      mServer.Serve(
+          {{testing::TestServer::ReadRequest(),
+            testing::TestServer::Send("HTTP/1.0 200 OK\r\nContent-length: 100000\r\n\r\n" + std::string(20000, 'z'))}});
     }
     class FenetreTelechargement& fenetre = OpenWindow("2.1.0");
     testing::VirtualTime time;

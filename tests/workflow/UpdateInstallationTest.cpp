@@ -46,8 +46,8 @@ const std::string kRemoveDownloads = "rm ~/Downloads/Velmaris_2.1.0.dmg ~/Downlo
 const std::string kOpen = "open A";
 const std::string kWait = "Sleep 1";
 
-const std::vector<std::string> kSuccess = {kUnzip, kMount, kRemoveApplication, kWait,  kRemoveResources, kCopy,
-                                           kWait,  kUnmount, kWait,            kRemoveDownloads, kOpen};
+const std::vector<std::string> kSuccess = {kUnzip,   kMount, kRemoveApplication, kWait, kRemoveResources, kCopy, kWait,
+                                           kUnmount, kWait,  kRemoveDownloads,   kOpen};
 
 class UpdateInstallation : public ::testing::Test {
  protected:
