@@ -1,7 +1,6 @@
 #include "base/MessageDialog.h"
 
 #include <QEventLoop>
-#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <iostream>
@@ -12,38 +11,21 @@ namespace velmaris {
 
 namespace {
 
-bool OnScreen() {
-  return QGuiApplication::platformName() != QLatin1String("offscreen") &&
-         QGuiApplication::platformName() != QLatin1String("minimal");
-}
-
 class QtDialogPresenter : public DialogPresenter {
  public:
   bool Present(const MessageDialog& dialog, QWidget* window) override {
-    if (!OnScreen()) {
+    if (!HasDisplay()) {
       std::cerr << "VelmarisMAJ: " << dialog.Message << (dialog.Explanation.empty() ? "" : " ") << dialog.Explanation
                 << std::endl;
       return true;
     }
-    QMessageBox box(window);
-    box.setWindowModality(window != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
-    box.setIcon(dialog.Icon == MessageDialog::kGraphicCaution ? QMessageBox::Warning : QMessageBox::Information);
-    box.setText(QString::fromStdString(dialog.Message));
-    box.setInformativeText(QString::fromStdString(dialog.Explanation));
-    QPushButton* action = nullptr;
-    if (dialog.ActionButton->Visible) {
-      action = box.addButton(QString::fromStdString(dialog.ActionButton->Caption), QMessageBox::AcceptRole);
-      box.setDefaultButton(action);
-    }
-    if (dialog.CancelButton->Visible) {
-      box.addButton(QString::fromStdString(dialog.CancelButton->Caption), QMessageBox::RejectRole);
-    }
+    const std::unique_ptr<QMessageBox> box = _NewMessageBox(dialog, window);
     // A sheet returns at once from open(); the local loop waits for it.
     QEventLoop loop;
-    QObject::connect(&box, &QMessageBox::finished, &loop, &QEventLoop::quit);
-    box.open();
+    QObject::connect(box.get(), &QMessageBox::finished, &loop, &QEventLoop::quit);
+    box->open();
     loop.exec();
-    return box.clickedButton() == action;
+    return box->clickedButton() != nullptr && box->buttonRole(box->clickedButton()) == QMessageBox::AcceptRole;
   }
 };
 
@@ -53,6 +35,22 @@ std::unique_ptr<DialogPresenter>& CurrentPresenter() {
 }
 
 }  // namespace
+
+std::unique_ptr<QMessageBox> _NewMessageBox(const MessageDialog& dialog, QWidget* window) {
+  auto box = std::make_unique<QMessageBox>(window);
+  box->setWindowModality(window != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
+  box->setIcon(dialog.Icon == MessageDialog::kGraphicCaution ? QMessageBox::Warning : QMessageBox::Information);
+  box->setText(QString::fromStdString(dialog.Message));
+  box->setInformativeText(QString::fromStdString(dialog.Explanation));
+  if (dialog.ActionButton->Visible) {
+    box->setDefaultButton(
+        box->addButton(QString::fromStdString(dialog.ActionButton->Caption), QMessageBox::AcceptRole));
+  }
+  if (dialog.CancelButton->Visible) {
+    box->addButton(QString::fromStdString(dialog.CancelButton->Caption), QMessageBox::RejectRole);
+  }
+  return box;
+}
 
 Ref<MessageDialogButton> MessageDialog::ShowModalWithin(QWidget* window) {
   const bool action = CurrentPresenter()->Present(*this, window);

@@ -9,6 +9,7 @@
 
 #include "base/Ref.h"
 
+class QMessageBox;
 class QWidget;
 
 namespace velmaris {
@@ -41,6 +42,10 @@ class DialogPresenter {
   // Shows the dialog until it is dismissed; true for the action button.
   virtual bool Present(const MessageDialog& dialog, QWidget* window) = 0;
 };
+
+// The Qt box that shows the dialog on that window: window-modal, so a sheet
+// on macOS, with the dialog's texts, icon and visible buttons.
+std::unique_ptr<QMessageBox> _NewMessageBox(const MessageDialog& dialog, QWidget* window);
 
 // Replaces the presenter for the life of the object (tests).
 class ScopedDialogPresenter {

@@ -26,12 +26,6 @@ void EndRun(int64_t code) {
   if (QCoreApplication::instance() != nullptr) QCoreApplication::exit(static_cast<int>(code));
 }
 
-bool HasDisplay() {
-  return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
-         QGuiApplication::platformName() != QLatin1String("offscreen") &&
-         QGuiApplication::platformName() != QLatin1String("minimal");
-}
-
 void Report(const std::string& className, const std::string& message) {
   const std::string text = "Unhandled " + className + (message.empty() ? "" : ": " + message);
   std::cerr << "VelmarisMAJ: " << text << std::endl;
@@ -71,6 +65,12 @@ void _CallFunctionWithExceptionHandling(const std::function<void()>& function) {
     Report("exception", error.what());
     EndRun(0);
   }
+}
+
+bool HasDisplay() {
+  return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
+         QGuiApplication::platformName() != QLatin1String("offscreen") &&
+         QGuiApplication::platformName() != QLatin1String("minimal");
 }
 
 void UnhandledException(const RuntimeException& error) {

@@ -27,6 +27,10 @@ void DoEvents();
 // reported by UnhandledException, and nothing escapes into the event loop.
 void _CallFunctionWithExceptionHandling(const std::function<void()>& function);
 
+// False on Qt's offscreen and minimal platforms, where nothing is shown:
+// there dialogs and the window's status become stderr lines.
+bool HasDisplay();
+
 // Reports an exception that no code handled (stderr, and a dialog where
 // there is a display), then ends the run.
 void UnhandledException(const RuntimeException& error);

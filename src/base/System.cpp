@@ -1,8 +1,11 @@
 #include "base/System.h"
 
+#include <QCoreApplication>
 #include <QCursor>
 #include <QGuiApplication>
 #include <cstdlib>
+
+#include "base/Translations.h"
 
 namespace velmaris {
 
@@ -44,6 +47,20 @@ std::string System::EnvironmentVariable(const std::string& name) {
 int64_t System::MouseX() { return MousePosition().first; }
 
 int64_t System::MouseY() { return MousePosition().second; }
+
+std::string System::_GetLocalizedString(const std::string& key, const std::string& defaultText,
+                                        const std::string& language) {
+  QString text;
+  if (language.empty()) {
+    text = QCoreApplication::translate(nullptr, key.c_str());
+    // Without a translation the key itself comes back.
+    if (text == QLatin1String(key.c_str())) text.clear();
+  } else if (const std::unique_ptr<QTranslator> translator =
+                 LoadTranslation(QLocale(QString::fromStdString(language)))) {
+    text = translator->translate(nullptr, key.c_str());
+  }
+  return text.isEmpty() ? defaultText : text.toStdString();
+}
 
 void System::SetArguments(std::vector<std::string> arguments) { Arguments() = std::move(arguments); }
 

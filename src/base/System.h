@@ -1,5 +1,6 @@
 #pragma once
-// The System object of the logic: command line, environment, mouse.
+// The System object of the logic: command line, environment, mouse,
+// localised strings.
 
 #include <cstdint>
 #include <functional>
@@ -18,6 +19,11 @@ class System {
   // The mouse position in global screen coordinates.
   static int64_t MouseX();
   static int64_t MouseY();
+
+  // The translation of key in language, or defaultText when there is none.
+  // An empty language is the user's language, the one installed at start-up.
+  static std::string _GetLocalizedString(const std::string& key, const std::string& defaultText,
+                                         const std::string& language);
 
   // Recorded by main before anything reads them; tests set their own.
   static void SetArguments(std::vector<std::string> arguments);

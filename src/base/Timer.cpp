@@ -23,6 +23,17 @@ void Timer::SetPeriod(int64_t milliseconds) {
   if (mTimer.isActive()) mTimer.start(static_cast<int>(mPeriod));
 }
 
+bool Timer::SetProperty(const std::string& name, const PropertyValue& value) {
+  if (name == "Mode") {
+    SetMode(AsInteger(value));
+  } else if (name == "Period") {
+    SetPeriod(AsInteger(value));
+  } else {
+    return false;
+  }
+  return true;
+}
+
 void Timer::Fire() {
   mMode = 0;
   _CallFunctionWithExceptionHandling([this] {

@@ -7,12 +7,13 @@
 #include <cstdint>
 #include <functional>
 
+#include "base/Control.h"
+
 namespace velmaris {
 
-class Timer {
+class Timer : public Control {
  public:
   Timer();
-  virtual ~Timer() = default;
   Timer(const Timer&) = delete;
   Timer& operator=(const Timer&) = delete;
 
@@ -20,6 +21,7 @@ class Timer {
   void SetMode(int64_t mode);
   int64_t Period() const { return mPeriod; }
   void SetPeriod(int64_t milliseconds);
+  bool SetProperty(const std::string& name, const PropertyValue& value) override;
 
   std::function<void(Timer&)> Action;
 

@@ -8,6 +8,7 @@
 
 #include "base/Runtime.h"
 #include "base/System.h"
+#include "base/Translations.h"
 #include "core/VelmarisMAJ.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/MainMenuBar.h"
@@ -44,7 +45,7 @@ void RuntimeInit(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
 }
 
-void RuntimePerformInitializers() {}
+void RuntimePerformInitializers() { InstallUserTranslation(); }
 
 void _RuntimeSetExceptionHelper() {}
 

@@ -27,9 +27,14 @@ void InternetHeaders::AppendHeader(const String& name, const String& value) {
   // Probes name, name:1, name:2...; like every key's, the name of a probe is
   // what stands before its first colon.
   String key = name;
-  for (int64_t n = 1; _Headers->HasKey(key); ++n) {
-    key = OrdinalKey(NameOfKey(key), n);
-    RuntimeBackgroundTask();
+  if (_Headers->HasKey(key)) {
+    const String base = NameOfKey(key);
+    int64_t& n = _freeOrdinal.try_emplace(Lowercase(base), 1).first->second;
+    for (key = OrdinalKey(base, n); _Headers->HasKey(key); key = OrdinalKey(base, n)) {
+      ++n;
+      RuntimeBackgroundTask();
+    }
+    ++n;
   }
   _Headers->SetValue(key, value);
 }
@@ -48,6 +53,7 @@ int64_t InternetHeaders::Count() const { return _Headers->Count(); }
 void InternetHeaders::Delete(const String& name) {
   const int64_t n = NameCount(name);
   if (n == 0) return;
+  _ForgetOrdinals(name);
   _Headers->Remove(name);
   for (int64_t i = 1; i <= n - 1; ++i) {
     _Headers->Remove(OrdinalKey(name, i));
@@ -58,6 +64,7 @@ void InternetHeaders::Delete(const String& name) {
 void InternetHeaders::Delete(const String& name, int64_t index) {
   const String key = OccurrenceKey(name, index);
   if (!_Headers->HasKey(key)) return;
+  _ForgetOrdinals(name);
   _Headers->Remove(key);
   // The later occurrences move down one ordinal each, so that NameCount
   // still reaches them all.
@@ -70,7 +77,10 @@ void InternetHeaders::Delete(const String& name, int64_t index) {
   }
 }
 
-void InternetHeaders::DeleteAllHeaders() { _Headers->Clear(); }
+void InternetHeaders::DeleteAllHeaders() {
+  _Headers->Clear();
+  _freeOrdinal.clear();
+}
 
 String InternetHeaders::Name(int64_t index) const { return NameOfKey(_Headers->Key(index).StringValue()); }
 
@@ -167,6 +177,7 @@ void InternetHeaders::_ParseHeaders(const String& source) {
   _rawHeaders = source;
   const String eol = _DetermineEOLCharacter(source);
   _Headers = New<Dictionary>();
+  _freeOrdinal.clear();
   // Unfolding (RFC 822 §3.1.1): a line end with a blank or a tab behind it
   // continues the line, and the pair becomes one space.
   const String unfolded = ReplaceAll(ReplaceAll(source, eol + " ", " "), eol + "\t", " ");
@@ -177,5 +188,7 @@ void InternetHeaders::_ParseHeaders(const String& source) {
     RuntimeBackgroundTask();
   }
 }
+
+void InternetHeaders::_ForgetOrdinals(const String& name) { _freeOrdinal.erase(Lowercase(NameOfKey(name))); }
 
 }  // namespace velmaris

@@ -7,6 +7,7 @@
 // Count - 1, in the map's order). Every loop yields once a round.
 
 #include <cstdint>
+#include <unordered_map>
 
 #include "base/Dictionary.h"
 #include "base/Ref.h"
@@ -64,8 +65,16 @@ class InternetHeaders {
   virtual void _ParseHeaders(const String& source);
 
  private:
+  // Forgets what AppendHeader learnt of the name's ordinals, after a removal.
+  void _ForgetOrdinals(const String& name);
+
   Ref<Dictionary> _Headers;
   String _rawHeaders;
+  // For a name (in lower case): every ordinal below this one is taken, so
+  // that an append skips the probes it already made. Removals reset it;
+  // without it a block of one repeated name would cost a probe per
+  // occurrence already there for every line.
+  std::unordered_map<String, int64_t> _freeOrdinal;
 };
 
 }  // namespace velmaris

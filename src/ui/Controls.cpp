@@ -1,35 +1,188 @@
 #include "ui/Controls.h"
 
+#include <QFontDatabase>
 #include <QPainter>
+#include <cmath>
+#include <functional>
+#include <iostream>
+
+#include "base/Runtime.h"
 
 namespace velmaris {
 
-void Label::SetText(const std::string& text) { setText(QString::fromStdString(text)); }
+namespace {
 
-void Label::Refresh(bool immediately) {
-  if (immediately) {
-    repaint();
-  } else {
-    update();
+constexpr std::chrono::milliseconds kEchoInterval(250);
+
+void Echo(const std::string& text) { std::cerr << "VelmarisMAJ: " << text << std::endl; }
+
+// TextAlign: 0 is the default, the start of the line; 1 left, 2 centred, 3 right.
+Qt::Alignment Alignment(int64_t textAlign) {
+  switch (textAlign) {
+    case 1:
+      return Qt::AlignLeft | Qt::AlignVCenter;
+    case 2:
+      return Qt::AlignHCenter | Qt::AlignVCenter;
+    case 3:
+      return Qt::AlignRight | Qt::AlignVCenter;
+    default:
+      return Qt::AlignLeading | Qt::AlignVCenter;
   }
 }
 
-void ProgressBar::Refresh(bool immediately) {
+void Repaint(QWidget& control, bool immediately) {
   if (immediately) {
-    repaint();
+    control.repaint();
   } else {
-    update();
+    control.update();
   }
 }
 
-void Canvas::SetBackdrop(const QPixmap& picture) {
+}  // namespace
+
+bool SetVisibleControlProperty(QWidget& control, const std::string& name, const PropertyValue& value) {
+  if (name == "Left") {
+    control.move(static_cast<int>(AsInteger(value)), control.y());
+  } else if (name == "Top") {
+    control.move(control.x(), static_cast<int>(AsInteger(value)));
+  } else if (name == "Width") {
+    control.resize(static_cast<int>(AsInteger(value)), control.height());
+  } else if (name == "Height") {
+    control.resize(control.width(), static_cast<int>(AsInteger(value)));
+  } else if (name == "Visible") {
+    control.setVisible(AsBoolean(value));
+  } else if (name == "Enabled") {
+    control.setEnabled(AsBoolean(value));
+  } else if (name == "HelpTag") {
+    control.setToolTip(QString::fromStdString(AsString(value)));
+  } else if (name == "Index" || name == "TabIndex" || name == "TabStop" || name == "TabPanelIndex" ||
+             name == "LockLeft" || name == "LockTop" || name == "LockRight" || name == "LockBottom" ||
+             name == "AutoDeactivate" || name == "InitialParent") {
+    // No control array, no keyboard focus, a window of fixed size, and the
+    // content area as every control's parent: nothing to do for these.
+  } else {
+    return false;
+  }
+  return true;
+}
+
+Label::Label(QWidget* parent) : QLabel(parent) { setAlignment(Alignment(0)); }
+
+void Label::SetText(const std::string& text) {
+  const QString newText = QString::fromStdString(text);
+  if (newText == this->text()) return;
+  setText(newText);
+  if (mHeadlessEcho && !HasDisplay()) Echo(text);
+}
+
+void Label::Refresh(bool immediately) { Repaint(*this, immediately); }
+
+bool Label::SetProperty(const std::string& name, const PropertyValue& value) {
+  const auto changeFont = [this](const std::function<void(QFont&)>& change) {
+    QFont textFont = font();
+    change(textFont);
+    setFont(textFont);
+  };
+  if (name == "Text") {
+    SetText(AsString(value));
+  } else if (name == "TextAlign") {
+    setAlignment(Alignment(AsInteger(value)));
+  } else if (name == "TextColor") {
+    const Color colour = AsColor(value);
+    QPalette colours = palette();
+    colours.setColor(QPalette::WindowText, QColor(colour.Red, colour.Green, colour.Blue));
+    setPalette(colours);
+  } else if (name == "TextFont") {
+    const QString family = QString::fromStdString(AsString(value));
+    changeFont([&family](QFont& textFont) {
+      textFont.setFamily(
+          family == QLatin1String("System") ? QFontDatabase::systemFont(QFontDatabase::GeneralFont).family() : family);
+    });
+  } else if (name == "TextSize") {
+    // The layout counts in points of 1/72 inch, which are the pixels of the
+    // window's coordinates: the text keeps its size beside the controls
+    // whatever the screen's resolution.
+    const int size = static_cast<int>(std::lround(AsDouble(value)));
+    changeFont([size](QFont& textFont) { textFont.setPixelSize(size); });
+  } else if (name == "Bold") {
+    changeFont([bold = AsBoolean(value)](QFont& textFont) { textFont.setBold(bold); });
+  } else if (name == "Italic") {
+    changeFont([italic = AsBoolean(value)](QFont& textFont) { textFont.setItalic(italic); });
+  } else if (name == "Underline") {
+    changeFont([underline = AsBoolean(value)](QFont& textFont) { textFont.setUnderline(underline); });
+  } else if (name == "Multiline") {
+    setWordWrap(AsBoolean(value));
+  } else if (name == "Selectable") {
+    setTextInteractionFlags(AsBoolean(value) ? Qt::TextSelectableByMouse : Qt::NoTextInteraction);
+  } else if (name == "Transparent") {
+    setAutoFillBackground(!AsBoolean(value));
+  } else if (name == "TextUnit" || name == "DataSource" || name == "DataField") {
+    // The one unit in use is the default one (see TextSize), and no label
+    // is bound to a database.
+  } else {
+    return SetVisibleControlProperty(*this, name, value);
+  }
+  return true;
+}
+
+ProgressBar::ProgressBar(QWidget* parent) : QProgressBar(parent) {
+  // The percentage has its own label beside the bar.
+  setTextVisible(false);
+}
+
+void ProgressBar::SetValue(int64_t value) {
+  const bool changed = value != this->value();
+  setValue(static_cast<int>(value));
+  if (!changed || !mHeadlessEcho || HasDisplay()) return;
+  const auto now = std::chrono::steady_clock::now();
+  if (mEchoed && now - mLastEcho < kEchoInterval && value != maximum()) return;
+  mEchoed = true;
+  mLastEcho = now;
+  Echo(std::to_string(maximum() > 0 ? value * 100 / maximum() : value) + "%");
+}
+
+void ProgressBar::Refresh(bool immediately) { Repaint(*this, immediately); }
+
+bool ProgressBar::SetProperty(const std::string& name, const PropertyValue& value) {
+  if (name == "Value") {
+    SetValue(AsInteger(value));
+  } else if (name == "Maximum") {
+    SetMaximum(AsInteger(value));
+  } else {
+    return SetVisibleControlProperty(*this, name, value);
+  }
+  return true;
+}
+
+Canvas::Canvas(QWidget* parent) : QWidget(parent) {}
+
+void Canvas::SetBackdrop(const QImage& picture) {
   mBackdrop = picture;
   update();
 }
 
+bool Canvas::SetProperty(const std::string& name, const PropertyValue& value) {
+  if (name == "Transparent") {
+    mTransparent = AsBoolean(value);
+  } else if (name == "AcceptFocus") {
+    setFocusPolicy(AsBoolean(value) ? Qt::ClickFocus : Qt::NoFocus);
+  } else if (name == "UseFocusRing" || name == "AcceptTabs" || name == "DoubleBuffer" || name == "EraseBackground") {
+    // A canvas without focus draws no ring and gets no tab; Qt buffers and
+    // erases every widget's painting itself.
+  } else {
+    return SetVisibleControlProperty(*this, name, value);
+  }
+  return true;
+}
+
 void Canvas::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
-  painter.drawPixmap(0, 0, mBackdrop);
+  if (!mTransparent) painter.fillRect(rect(), palette().color(QPalette::Window));
+  painter.drawImage(0, 0, mBackdrop);
+}
+
+bool Separator::SetProperty(const std::string& name, const PropertyValue& value) {
+  return SetVisibleControlProperty(*this, name, value);
 }
 
 void Separator::paintEvent(QPaintEvent* /*event*/) {

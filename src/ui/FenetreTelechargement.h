@@ -3,11 +3,12 @@
 // status row below it, and the invisible controls that drive the jobs. The
 // handlers live in src/workflow, one file per job.
 
-#include <any>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "base/Control.h"
 #include "base/Timer.h"
 #include "base/Window.h"
 #include "http/HTTPSocket.h"
@@ -18,12 +19,18 @@ namespace velmaris {
 class Shell;
 
 class FenetreTelechargement : public Window {
+  Q_OBJECT
+
  public:
+  // Lays the window out and makes its controls; the accessor below opens it.
   FenetreTelechargement();
   ~FenetreTelechargement() override;
 
+  // Applies the window's property block.
   void Layout();
   void CreateControls();
+  // Makes the controls in order, each registered under its name, set up from
+  // its property block, with its handlers attached.
   void _CreateControls0();
 
   HTTPSocket& Downloader();
@@ -58,29 +65,28 @@ class FenetreTelechargement : public Window {
   // (Re)starts the watch that gives up a download receiving nothing.
   void SurveillerTelechargement();
 
-  template <typename Control>
-  Control& _ControlByName(const std::string& name) const;
-  template <typename Control>
-  void _AddControl(const std::string& name, Control* control) {
-    mControls[name] = control;
-  }
+  // A new control of that class: a widget in the content area, or an
+  // invisible control that the window owns.
+  template <typename ControlClass>
+  ControlClass* _NewControl();
+  void _AddControl(const std::string& name, Control* control);
+  // Raises NilObjectException when no control of that class has the name.
+  template <typename ControlClass>
+  ControlClass& _ControlByName(const std::string& name) const;
 
-  std::map<std::string, std::any> mControls;
-  std::unique_ptr<HTTPSocket> mDownloader;
+  std::map<std::string, Control*> mControls;
+  std::vector<std::unique_ptr<Control>> mInvisibleControls;
   // Ends a download that receives nothing for too long.
-  std::unique_ptr<Timer> mSurveillanceTelechargement;
-  std::unique_ptr<Timer> mTimerQuit;
-  std::unique_ptr<Timer> mTimerInstallation;
+  Timer mSurveillanceTelechargement;
 };
 
-// The window's one instance, made (and opened) at the first call. The class
-// shares the name, so it is written "class FenetreTelechargement" as a type.
+// The window's one instance, made and opened (Event_Open, then shown) at the
+// first call. The class shares the name, so it is written
+// "class FenetreTelechargement" as a type.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
 class FenetreTelechargement& FenetreTelechargement();
 #pragma GCC diagnostic pop
-// Whether the window has been made, without making it.
-bool FenetreTelechargementExists();
 // Closes and releases the window (end of the run, tests).
 void _ReleaseFenetreTelechargement();
 

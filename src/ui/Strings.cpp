@@ -1,20 +1,13 @@
 #include "ui/Strings.h"
 
-#include <QCoreApplication>
+#include "base/System.h"
 
-namespace velmaris {
+namespace velmaris::Strings {
 
-std::string _GetLocalizedString(const std::string& key, const std::string& defaultText,
-                                const std::string& /*language*/) {
-  const QString translated = QCoreApplication::translate("Strings", key.c_str());
-  if (translated == QString::fromStdString(key)) return defaultText;
-  return translated.toStdString();
-}
-
-namespace Strings {
-
-#define VELMARIS_STRING(name, text) \
-  std::string name(const std::string& language) { return _GetLocalizedString("Strings." #name, text, language); }
+#define VELMARIS_STRING(name, text)                                       \
+  std::string name(const std::string& language) {                         \
+    return System::_GetLocalizedString("Strings." #name, text, language); \
+  }
 
 VELMARIS_STRING(kLabelTelechargement0, "Initialization...")
 VELMARIS_STRING(kLabelTelechargement1, "Download ")
@@ -28,9 +21,8 @@ VELMARIS_STRING(kMsgBoxErreurMAJ2, "Errors encountered in downloading the update
 VELMARIS_STRING(kMsgBoxErreurRestauration, "Errors encountered in restoring database backup !")
 VELMARIS_STRING(kMsgBoxVelmarisDispo, "Velmaris application has not been updated.")
 VELMARIS_STRING(kMsgBoxTelechargerSite, "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.")
+VELMARIS_STRING(kTitreFenetreTelechargement, "Velmaris Update")
 
 #undef VELMARIS_STRING
 
-}  // namespace Strings
-
-}  // namespace velmaris
+}  // namespace velmaris::Strings

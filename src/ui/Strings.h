@@ -1,17 +1,12 @@
 #pragma once
-// The string catalogue: each constant is resolved by its key ("Strings." and
-// its name) at every read, with its English text as the fallback.
+// The string catalogue: each constant is resolved at every read by its key,
+// "Strings." and its name, with its English text as the default. An empty
+// language is the user's.
 
 #include <string>
 
-namespace velmaris {
+namespace velmaris::Strings {
 
-class System;
-
-// The translation of key in language ("" is the user's language), or defaultText.
-std::string _GetLocalizedString(const std::string& key, const std::string& defaultText, const std::string& language);
-
-namespace Strings {
 std::string kLabelTelechargement0(const std::string& language = "");
 std::string kLabelTelechargement1(const std::string& language = "");
 std::string kLabelTelechargement2(const std::string& language = "");
@@ -24,6 +19,9 @@ std::string kMsgBoxErreurMAJ2(const std::string& language = "");
 std::string kMsgBoxErreurRestauration(const std::string& language = "");
 std::string kMsgBoxVelmarisDispo(const std::string& language = "");
 std::string kMsgBoxTelechargerSite(const std::string& language = "");
-}  // namespace Strings
 
-}  // namespace velmaris
+// The window's title from its opening on; the restoration job replaces it
+// with kTitreFenetreRestaurerDB.
+std::string kTitreFenetreTelechargement(const std::string& language = "");
+
+}  // namespace velmaris::Strings

@@ -1,5 +1,6 @@
 // Opening of the window: placement on the mouse's screen, the labels, and
 // the choice of the job, which the dispatcher then carries out.
+#include "base/AppleEvent.h"
 #include "base/Screens.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
@@ -8,6 +9,22 @@
 #include "ui/Strings.h"
 
 namespace velmaris {
+
+namespace {
+
+// Every command line of the tool puts the application's path between double
+// quotes and escapes nothing: a path that the shell would still read into,
+// or that is not absolute, selects no job, so that no command runs with it.
+bool CheminSurEntreGuillemets(const std::string& chemin) {
+  return Left(chemin, 1) == "/" && chemin.find_first_of("\"$`\\\r\n") == std::string::npos;
+}
+
+bool RepAppDonne() {
+  const std::string strRepApp = App().RetournerValeurArgument("REPAPP");
+  return strRepApp != "" && CheminSurEntreGuillemets(strRepApp);
+}
+
+}  // namespace
 
 void FenetreTelechargement::Event_Open() {
   bool bModeChoisi = false;
@@ -22,15 +39,16 @@ void FenetreTelechargement::Event_Open() {
                          Str(Application::NonReleaseVersion()));
   LabelTelechargement().SetText(Strings::kLabelTelechargement0());
 
-  raise();
-  activateWindow();
+  // In front of the main application that started the tool.
+  NewAppleEvent("misc", "actv", "")->Send();
+  Activate();
 
-  if (App().RetournerValeurArgument("SAUVEDB") != "" && App().RetournerValeurArgument("REPAPP") != "") {
+  if (App().RetournerValeurArgument("SAUVEDB") != "" && RepAppDonne()) {
     App().bSauvegardeDB = true;
     bModeChoisi = true;
     LabelTelechargement().SetText(Strings::kLabelRestaurationDB());
   }
-  if (App().RetournerValeurArgument("MAJ") != "" && App().RetournerValeurArgument("REPAPP") != "") {
+  if (App().RetournerValeurArgument("MAJ") != "" && RepAppDonne()) {
     App().bMAJ = true;
     bModeChoisi = true;
   }

@@ -78,7 +78,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
     }
   }
   if (!bTelechargementLance) {
-    mSurveillanceTelechargement->SetMode(0);
+    mSurveillanceTelechargement.SetMode(0);
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute("open \"" + strRepApp + "\"");
     app.bQuit = true;
@@ -108,7 +108,7 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
 void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
                                                         int64_t /*httpStatus*/, const Ref<InternetHeaders>& /*headers*/,
                                                         const Ref<FolderItem>& /*file*/) {
-  mSurveillanceTelechargement->SetMode(0);
+  mSurveillanceTelechargement.SetMode(0);
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
@@ -119,7 +119,7 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
 void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t /*code*/) { AbandonnerTelechargement(); }
 
 void FenetreTelechargement::AbandonnerTelechargement() {
-  mSurveillanceTelechargement->SetMode(0);
+  mSurveillanceTelechargement.SetMode(0);
   Downloader().Close();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   Downloader()._KillDownloadStream();
@@ -131,8 +131,8 @@ void FenetreTelechargement::AbandonnerTelechargement() {
 }
 
 void FenetreTelechargement::SurveillerTelechargement() {
-  mSurveillanceTelechargement->SetPeriod(DelaiInactiviteMillisecondes());
-  mSurveillanceTelechargement->SetMode(1);
+  mSurveillanceTelechargement.SetPeriod(DelaiInactiviteMillisecondes());
+  mSurveillanceTelechargement.SetMode(1);
 }
 
 }  // namespace velmaris
