@@ -6,6 +6,7 @@
 #include "base/Properties.h"
 #include "base/Runtime.h"
 #include "core/VelmarisMAJ.h"
+#include "ui/Downloader.h"
 #include "ui/Pictures.h"
 #include "ui/Strings.h"
 
@@ -84,6 +85,12 @@ PropertyBlock LabelText(const std::string& text, int textAlign, Color textColor,
 
 const PropertyBlock kTimer = {{"Mode", 0}, {"Period", 100}};
 
+const PropertyBlock kDownloader = {{"Address", std::string()},
+                                   {"httpProxyAddress", std::string()},
+                                   {"httpProxyPort", 0},
+                                   {"Port", 0},
+                                   {"yield", false}};
+
 }  // namespace
 
 FenetreTelechargement::FenetreTelechargement() : Window(App().MenuBar) {
@@ -101,6 +108,19 @@ void FenetreTelechargement::Layout() { _SetProperties(*this, WindowProperties())
 void FenetreTelechargement::CreateControls() { _CreateControls0(); }
 
 void FenetreTelechargement::_CreateControls0() {
+  _AddControl("Downloader", _NewControl<_wrapper_Downloader>());
+  _SetProperties(_ControlByName<_wrapper_Downloader>("Downloader"), kDownloader);
+  Downloader().DownloadComplete = [this](HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                         const Ref<InternetHeaders>& headers, const Ref<FolderItem>& file) {
+    Downloader_DownloadComplete(sender, url, httpStatus, headers, file);
+  };
+  Downloader().ReceiveProgress = [this](HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                        const std::string& newData) {
+    Downloader_ReceiveProgress(sender, bytesReceived, totalBytes, newData);
+  };
+  Downloader().Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
+  mSurveillanceTelechargement.Action = [this](Timer& /*sender*/) { AbandonnerTelechargement(); };
+
   _AddControl("ImageLogo", _NewControl<Canvas>());
   ImageLogo().SetBackdrop(Logo());
   _SetProperties(ImageLogo(), VisibleControl(9, 10, 64, 64, 5, true) + kCanvas);
@@ -159,6 +179,7 @@ ControlClass& FenetreTelechargement::_ControlByName(const std::string& name) con
   return *control;
 }
 
+HTTPSocket& FenetreTelechargement::Downloader() { return _ControlByName<_wrapper_Downloader>("Downloader"); }
 Canvas& FenetreTelechargement::ImageLogo() { return _ControlByName<Canvas>("ImageLogo"); }
 Timer& FenetreTelechargement::TimerQuit() { return _ControlByName<Timer>("TimerQuit"); }
 Label& FenetreTelechargement::LabelTelechargement() { return _ControlByName<Label>("LabelTelechargement"); }

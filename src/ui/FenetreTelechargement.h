@@ -11,6 +11,7 @@
 #include "base/Control.h"
 #include "base/Timer.h"
 #include "base/Window.h"
+#include "http/HTTPSocket.h"
 #include "ui/Controls.h"
 
 namespace velmaris {
@@ -32,6 +33,7 @@ class FenetreTelechargement : public Window {
   // its property block, with its handlers attached.
   void _CreateControls0();
 
+  HTTPSocket& Downloader();
   Canvas& ImageLogo();
   Timer& TimerQuit();
   Label& LabelTelechargement();
@@ -42,6 +44,13 @@ class FenetreTelechargement : public Window {
   Timer& TimerInstallation();
   ProgressBar& ProgressBarDonwload();
 
+  void Downloader_DownloadComplete(HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                   const Ref<InternetHeaders>& headers, const Ref<FolderItem>& file);
+  // A download that can't go on: the connection failed, or nothing came for
+  // too long. The update is given up and the main application re-opened.
+  void Downloader_Error(HTTPSocket& sender, int64_t code);
+  void Downloader_ReceiveProgress(HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                  const std::string& newData);
   void TimerQuit_Action(Timer& sender);
   // The update branch of TimerQuit_Action; sh re-opens the main application
   // when the download can't be started.
@@ -50,6 +59,12 @@ class FenetreTelechargement : public Window {
   void Event_Open();
 
  private:
+  // The road of a download that can't go on: dialog, partial file removed,
+  // main application re-opened, end of the run.
+  void AbandonnerTelechargement();
+  // (Re)starts the watch that gives up a download receiving nothing.
+  void SurveillerTelechargement();
+
   // A new control of that class: a widget in the content area, or an
   // invisible control that the window owns.
   template <typename ControlClass>
@@ -61,6 +76,8 @@ class FenetreTelechargement : public Window {
 
   std::map<std::string, Control*> mControls;
   std::vector<std::unique_ptr<Control>> mInvisibleControls;
+  // Ends a download that receives nothing for too long.
+  Timer mSurveillanceTelechargement;
 };
 
 // The window's one instance, made and opened (Event_Open, then shown) at the

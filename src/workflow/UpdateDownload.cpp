@@ -1,10 +1,138 @@
-// The update job's first half: the download of the new version.
+// The update job's first half: the update branch of the dispatcher starts
+// the download of the new version into the Downloads folder; the
+// Downloader's events move the progress display and hand over to the
+// installation.
+#include "base/FolderItem.h"
+#include "base/Runtime.h"
 #include "base/Shell.h"
+#include "base/StringFunctions.h"
+#include "base/System.h"
+#include "core/VelmarisMAJ.h"
 #include "ui/FenetreTelechargement.h"
+#include "ui/Strings.h"
 
 namespace velmaris {
 
-// FIXME: the download comes with the update job.
-void FenetreTelechargement::BrancheMiseAJour(Shell& /*sh*/) {}
+namespace {
+
+// The update server; VELMARIS_UPDATE_HOST (a host, or host:port) overrides
+// the one the tool was built with.
+String ServeurMiseAJour() {
+  const String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
+  return host != "" ? host : VELMARIS_DEFAULT_UPDATE_HOST;
+}
+
+// The version goes unquoted into file names and command lines: nothing
+// but letters, digits, ".", "_" and "-" may come through.
+bool VersionSure(const String& version) {
+  for (const char c : version) {
+    const bool sure =
+        (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' || c == '-';
+    if (!sure) return false;
+  }
+  return true;
+}
+
+// A download that receives nothing for this long is given up. Tests make it
+// short through VELMARIS_STALL_SECONDS (fractions allowed).
+int64_t DelaiInactiviteMillisecondes() {
+  const double seconds = Val(System::EnvironmentVariable("VELMARIS_STALL_SECONDS"));
+  return seconds > 0 ? ToInteger(seconds * 1000.0) : 60000;
+}
+
+String CheminTelechargement() {
+  return System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(App().strURLGlobal);
+}
+
+// "512 KB", "3.2 MB": the amount received when no length was announced.
+String TailleRecue(int64_t bytes) {
+  if (bytes < 1000000) return Format(static_cast<double>(bytes) / 1000.0, "0") + " KB";
+  return Format(static_cast<double>(bytes) / 1000000.0, "0.0") + " MB";
+}
+
+}  // namespace
+
+void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
+  VelmarisMAJ& app = App();
+  const String strVersionMAJ = app.RetournerValeurArgument("MAJ");
+  const String strRepApp = app.RetournerValeurArgument("REPAPP");
+  app.strCheminApp = strRepApp;
+  app.PatienterSecondes(2);
+  app.strURLGlobal = "http://" + ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
+  app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
+  LabelTelechargement().SetText(Strings::kLabelTelechargement1() + app.ExtraireNomFichier(app.strURLGlobal) +
+                                Strings::kLabelTelechargement2());
+  LabelDownload().SetVisible(true);
+  ProgressBarDonwload().SetVisible(true);
+  app.PatienterSecondes(1);
+
+  bool bTelechargementLance = false;
+  if (VersionSure(strVersionMAJ)) {
+    try {
+      auto fichierTelecharge = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
+      SurveillerTelechargement();
+      Downloader().Get(app.strURLGlobal, fichierTelecharge);
+      bTelechargementLance = true;
+    } catch (const IOException&) {
+    } catch (const UnsupportedFormatException&) {
+    }
+  }
+  if (!bTelechargementLance) {
+    mSurveillanceTelechargement.SetMode(0);
+    app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
+    sh.Execute("open \"" + strRepApp + "\"");
+    app.bQuit = true;
+  }
+  app.bMAJ = false;
+}
+
+void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, int64_t bytesReceived,
+                                                       int64_t totalBytes, const std::string& /*newData*/) {
+  SurveillerTelechargement();
+  if (totalBytes < 1) {
+    // No length announced: a busy bar, and the amount received so far.
+    ProgressBarDonwload().SetMaximum(0);
+    ProgressBarDonwload().Refresh(true);
+    LabelDownload().SetText(TailleRecue(bytesReceived));
+    LabelDownload().Refresh(true);
+    return;
+  }
+  const double progress = static_cast<double>(bytesReceived) / static_cast<double>(totalBytes);
+  ProgressBarDonwload().SetMaximum(100);
+  ProgressBarDonwload().SetValue(ToInteger(100.0 * progress));
+  ProgressBarDonwload().Refresh(true);
+  LabelDownload().SetText(Format(progress, "#%"));
+  LabelDownload().Refresh(true);
+}
+
+void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
+                                                        int64_t /*httpStatus*/, const Ref<InternetHeaders>& /*headers*/,
+                                                        const Ref<FolderItem>& /*file*/) {
+  mSurveillanceTelechargement.SetMode(0);
+  LabelDownload().SetVisible(false);
+  ProgressBarDonwload().SetVisible(false);
+  LabelTelechargement().SetText(Strings::kLabelTelechargement3());
+  App().PatienterSecondes(1);
+  TimerInstallation().SetMode(1);
+}
+
+void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t /*code*/) { AbandonnerTelechargement(); }
+
+void FenetreTelechargement::AbandonnerTelechargement() {
+  mSurveillanceTelechargement.SetMode(0);
+  Downloader().Close();
+  App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
+  Downloader()._KillDownloadStream();
+  auto partiel = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
+  if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
+  Shell sh;
+  sh.Execute("open \"" + App().strCheminApp + "\"");
+  Quit(0);
+}
+
+void FenetreTelechargement::SurveillerTelechargement() {
+  mSurveillanceTelechargement.SetPeriod(DelaiInactiviteMillisecondes());
+  mSurveillanceTelechargement.SetMode(1);
+}
 
 }  // namespace velmaris

@@ -2,25 +2,22 @@
 
 namespace velmaris::testing {
 
-namespace {
-
-class RecordingPresenter : public DialogPresenter {
+class RecordingDialogs::Presenter : public DialogPresenter {
  public:
-  explicit RecordingPresenter(std::vector<ShownDialog>* shown) : mShown(shown) {}
+  explicit Presenter(RecordingDialogs* owner) : mOwner(owner) {}
   bool Present(const MessageDialog& dialog, QWidget* /*window*/) override {
     ShownDialog record{dialog.Message, dialog.Explanation, dialog.Icon, {}};
     if (dialog.ActionButton->Visible) record.visibleButtons.push_back(dialog.ActionButton->Caption);
     if (dialog.CancelButton->Visible) record.visibleButtons.push_back(dialog.CancelButton->Caption);
-    mShown->push_back(record);
+    mOwner->mShown.push_back(record);
+    if (mOwner->OnShow) mOwner->OnShow(record);
     return true;
   }
 
  private:
-  std::vector<ShownDialog>* mShown;
+  RecordingDialogs* mOwner;
 };
 
-}  // namespace
-
-RecordingDialogs::RecordingDialogs() : mScope(std::make_unique<RecordingPresenter>(&mShown)) {}
+RecordingDialogs::RecordingDialogs() : mScope(std::make_unique<Presenter>(this)) {}
 
 }  // namespace velmaris::testing

@@ -1,6 +1,7 @@
 #pragma once
 // A dialog presenter that records what each dialog would have shown.
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,12 @@ class RecordingDialogs {
  public:
   RecordingDialogs();
   const std::vector<ShownDialog>& Shown() const { return mShown; }
+  // Runs as each dialog is shown, when what happens around it matters.
+  std::function<void(const ShownDialog&)> OnShow;
 
  private:
+  class Presenter;
+
   std::vector<ShownDialog> mShown;
   ScopedDialogPresenter mScope;
 };

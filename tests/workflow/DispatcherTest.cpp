@@ -10,6 +10,7 @@
 #include "support/RecordingDialogs.h"
 #include "support/RecordingShell.h"
 #include "support/TestApplication.h"
+#include "support/TestServer.h"
 #include "support/VirtualClock.h"
 #include "ui/FenetreTelechargement.h"
 
@@ -35,6 +36,10 @@ class DispatcherTest : public ::testing::Test {
   void SetUp() override {
     if (const char* saved = std::getenv("XDG_DATA_HOME")) mSavedDataHome = saved;
     setenv("XDG_DATA_HOME", DataHome().c_str(), 1);
+    // The update branch's download goes to a server that takes it and waits.
+    setenv("VELMARIS_UPDATE_HOST", ("127.0.0.1:" + std::to_string(mServer.Port())).c_str(), 1);
+    setenv("HOME", (Sandbox() + "/home").c_str(), 1);
+    std::filesystem::create_directories(Sandbox() + "/home/Downloads");
   }
   void TearDown() override {
     if (mSavedDataHome.empty()) {
@@ -42,6 +47,8 @@ class DispatcherTest : public ::testing::Test {
     } else {
       setenv("XDG_DATA_HOME", mSavedDataHome.c_str(), 1);
     }
+    unsetenv("VELMARIS_UPDATE_HOST");
+    setenv("HOME", mSavedHome.c_str(), 1);
   }
 
   std::string Sandbox() const { return mFolder.path().toStdString(); }
@@ -67,7 +74,9 @@ class DispatcherTest : public ::testing::Test {
   }
 
   QTemporaryDir mFolder;
+  testing::TestServer mServer;
   std::string mSavedDataHome;
+  std::string mSavedHome = std::getenv("HOME");
 };
 
 TEST_F(DispatcherTest, EveryRoad) {
@@ -109,11 +118,14 @@ TEST_F(DispatcherTest, EveryRoad) {
        .commands = {open},
        .dialogs = {restoreFailed},
        .seconds = 6},
-      {.name = "update job: the handler returns", .arguments = {kProgram, repapp, "--MAJ:2.1.0"}, .quit = false},
-      {.name = "both jobs: the database leg's quit ends the run",
+      {.name = "update job: the download starts and the handler returns",
+       .arguments = {kProgram, repapp, "--MAJ:2.1.0"},
+       .seconds = 3,
+       .quit = false},
+      {.name = "both jobs: the database leg's quit ends the run once the download has started",
        .arguments = {kProgram, repapp, sauvedb, "--MAJ:2.1.0"},
        .commands = {open},
-       .seconds = 5,
+       .seconds = 8,
        .database = "backup"},
   };
   for (const Row& row : rows) {
