@@ -3,89 +3,45 @@
 #include "support/TestApplication.h"
 
 namespace velmaris {
-namespace {
 
-const char* kProgram = "/Applications/Velmaris MAJ.app/Contents/MacOS/VelmarisMAJ";
+const char* const kApp = "/Applications/Velmaris MAJ.app/Contents/MacOS/VelmarisMAJ";
 
+// One application for all: the command line is read afresh at every call.
 TEST(Arguments, ValuesAreReadFromTheWholeCommandLine) {
-  struct Row {
-    const char* name;
-    std::vector<std::string> arguments;
-    const char* key;
-    const char* expected;
-  } rows[] = {
-      {.name = "plain value", .arguments = {kProgram, "--MAJ:2.1.0"}, .key = "MAJ", .expected = "2.1.0"},
-      {.name = "blanks inside a value, blank before the next key",
-       .arguments = {kProgram, "--REPAPP:/Applications/My Velmaris.app", "--MAJ:2"},
-       .key = "REPAPP",
-       .expected = "/Applications/My Velmaris.app"},
-      {.name = "blank behind the colon", .arguments = {kProgram, "--MAJ:  3.0"}, .key = "MAJ", .expected = "3.0"},
-      {.name = "colons stay in a value",
-       .arguments = {kProgram, "--SAUVEDB:BackupsDB/2024-01-01 12:30:00.sqlite"},
-       .key = "SAUVEDB",
-       .expected = "BackupsDB/2024-01-01 12:30:00.sqlite"},
-      {.name = "-- ends a value", .arguments = {kProgram, "--SAUVEDB:a--b.sqlite"}, .key = "SAUVEDB", .expected = "a"},
-      {.name = "the key's own colon is required",
-       .arguments = {kProgram, "--MAJOR:5", "--MAJ:6"},
-       .key = "MAJ",
-       .expected = "6"},
-      {.name = "a word that ends in the key does not match",
-       .arguments = {kProgram, "--XMAJ:5"},
-       .key = "MAJ",
-       .expected = ""},
-      {.name = "letter case of the key", .arguments = {kProgram, "--maj:7"}, .key = "MAJ", .expected = "7"},
-      {.name = "the first of a repeated key wins",
-       .arguments = {kProgram, "--MAJ:1", "--MAJ:2"},
-       .key = "MAJ",
-       .expected = "1"},
-      {.name = "absent key", .arguments = {kProgram, "--MAJ:1"}, .key = "REPAPP", .expected = ""},
-      {.name = "empty value", .arguments = {kProgram, "--MAJ:", "--REPAPP:/x"}, .key = "MAJ", .expected = ""},
-      {.name = "blanks only", .arguments = {kProgram, "--MAJ:   "}, .key = "MAJ", .expected = ""},
-      {.name = "no -- at all", .arguments = {kProgram, "MAJ:1"}, .key = "MAJ", .expected = ""},
-      {.name = "only the program", .arguments = {kProgram}, .key = "MAJ", .expected = ""},
-      {.name = "no command line", .arguments = {}, .key = "MAJ", .expected = ""},
-  };
-  for (const Row& row : rows) {
-    testing::TestApplication app(row.arguments);
-    EXPECT_EQ(App().RetournerValeurArgument(row.key), row.expected) << row.name;
-  }
-}
-
-TEST(Arguments, CommandLineIsReadAfreshAtEveryCall) {
-  testing::TestApplication app({kProgram, "--MAJ:1"});
-  EXPECT_EQ(App().RetournerValeurArgument("MAJ"), "1");
-  System::SetArguments({kProgram, "--MAJ:2"});
-  EXPECT_EQ(App().RetournerValeurArgument("MAJ"), "2");
-}
-
-TEST(Arguments, FileNameIsTheTextBehindTheLastSlash) {
   testing::TestApplication app;
-  struct Row {
-    const char* path;
-    const char* expected;
-  } rows[] = {
-      {.path = "http://host/downloads/files/Velmaris_2.1.0.dmg.zip", .expected = "Velmaris_2.1.0.dmg.zip"},
-      {.path = "/a/b\xC3\xA9.txt", .expected = "b\xC3\xA9.txt"},
-      {.path = "no-slash", .expected = ""},
-      {.path = "/ends/with/", .expected = ""},
-      {.path = "", .expected = ""},
+  const auto value = [](std::vector<std::string> arguments, const char* key) {
+    System::SetArguments(std::move(arguments));
+    return App().RetournerValeurArgument(key);
   };
-  for (const Row& row : rows) EXPECT_EQ(App().ExtraireNomFichier(row.path), row.expected) << row.path;
+  EXPECT_EQ(value({kApp, "--REPAPP:/Apps/My Velmaris.app", "--MAJ:2"}, "REPAPP"), "/Apps/My Velmaris.app");
+  EXPECT_EQ(value({kApp, "--MAJ:  3.0"}, "MAJ"), "3.0");
+  EXPECT_EQ(value({kApp, "--SAUVEDB:Backups/01 12:30:00.db"}, "SAUVEDB"), "Backups/01 12:30:00.db");
+  EXPECT_EQ(value({kApp, "--SAUVEDB:a--b.sqlite"}, "SAUVEDB"), "a");
+  EXPECT_EQ(value({kApp, "--MAJOR:5", "--MAJ:6"}, "MAJ"), "6");
+  EXPECT_EQ(value({kApp, "--XMAJ:5"}, "MAJ"), "");
+  EXPECT_EQ(value({kApp, "--maj:7"}, "MAJ"), "7");
+  EXPECT_EQ(value({kApp, "--MAJ:1", "--MAJ:2"}, "MAJ"), "1");
+  EXPECT_EQ(value({kApp, "--MAJ:", "--REPAPP:/x"}, "MAJ"), "");
+  EXPECT_EQ(value({kApp, "--MAJ:   "}, "MAJ"), "");
+  EXPECT_EQ(value({kApp, "MAJ:1"}, "MAJ"), "");
+  EXPECT_EQ(value({kApp}, "MAJ"), "");
+  EXPECT_EQ(value({}, "MAJ"), "");
 }
 
-TEST(Arguments, LastWordAndLineParameters) {
+TEST(Arguments, TextHelpers) {
   testing::TestApplication app;
+  EXPECT_EQ(App().ExtraireNomFichier("http://host/downloads/files/Velmaris_2.1.0.dmg.zip"), "Velmaris_2.1.0.dmg.zip");
+  EXPECT_EQ(App().ExtraireNomFichier("/a/b\xC3\xA9.txt"), "b\xC3\xA9.txt");
+  EXPECT_EQ(App().ExtraireNomFichier("no-slash") + App().ExtraireNomFichier("/ends/") + App().ExtraireNomFichier(""),
+            "");
   EXPECT_EQ(App().RetournerDernierMot("  first second  "), "second");
-  EXPECT_EQ(App().RetournerDernierMot(""), "");
-  EXPECT_EQ(App().RetournerDernierMot("one"), "one");
+  EXPECT_EQ(App().RetournerDernierMot("one") + "|" + App().RetournerDernierMot(""), "one|");
   const std::string text = "junk\n  Version : 2.1 \nURL: http://host:8080/x\n";
   EXPECT_EQ(App().RecupererValeurParametre(text, "URL"), "http://host:8080/x");
   EXPECT_EQ(App().RecupererValeurParametre(text, "version "), "2.1");
-  EXPECT_EQ(App().RecupererValeurParametre(text, "Missing"), "");
+  EXPECT_EQ(App().RecupererValeurParametre(text, "Missing") + App().RecupererValeurParametre("", "A"), "");
   // A line without a colon compares as an empty name.
   EXPECT_EQ(App().RecupererValeurParametre("junk\nA:1", ""), "junk");
-  EXPECT_EQ(App().RecupererValeurParametre("", "A"), "");
 }
 
-}  // namespace
 }  // namespace velmaris

@@ -10,47 +10,48 @@
 #include "support/TestApplication.h"
 
 namespace velmaris {
-namespace {
 
 TEST(FileHelpers, ResultCodes) {
   testing::TestApplication application;
   QTemporaryDir folder;
   const std::string file = folder.path().toStdString() + "/file";
   const std::string full = folder.path().toStdString() + "/folder with blanks";
+  const std::string longer = full + "/database.sqlite";
   const std::string missing = folder.path().toStdString() + "/missing";
-  testing::WriteFile(file, std::string(10001, 'z'));
+  const std::string bytes("SQLite format 3\0\x10\xff", 18);
   std::filesystem::create_directories(full + "/inner");
+  testing::WriteFile(file, bytes);
+  testing::WriteFile(longer, bytes + bytes);
   const auto item = [](const std::string& path) { return New<FolderItem>(path, FolderItem::PathModes::Shell); };
+  using Codes = std::vector<int64_t>;
 
-  EXPECT_EQ(App().ExisteRepertoire(file), 0);
-  EXPECT_EQ(App().ExisteRepertoire(full), 0);
-  EXPECT_EQ(App().ExisteRepertoire(missing), 1);
-  EXPECT_EQ(App().ExisteRepertoire(""), -1);
+  // ExisteRepertoire gives 0 when the path exists, file or folder.
+  EXPECT_EQ((Codes{App().ExisteRepertoire(file), App().ExisteRepertoire(full), App().ExisteRepertoire(missing),
+                   App().ExisteRepertoire("")}),
+            (Codes{0, 0, 1, -1}));
+  EXPECT_EQ((Codes{App().RetournerTailleFichier(file), App().RetournerTailleFichier(missing),
+                   App().RetournerTailleFichier("")}),
+            (Codes{18, 0, 0}));
 
-  EXPECT_EQ(App().RetournerTailleFichier(file), 10001);
-  EXPECT_EQ(App().RetournerTailleFichier(missing), 0);
-  EXPECT_EQ(App().RetournerTailleFichier(""), 0);
-
-  EXPECT_TRUE(App().CopierFichier(item(file), item(full + "/copy")));
-  EXPECT_EQ(testing::ReadFile(full + "/copy"), std::string(10001, 'z'));
+  // A failure, then a success, on one source item: its code follows the last copy.
+  const auto source = item(file);
+  EXPECT_FALSE(App().CopierFichier(source, item(missing + "/copy")));
+  EXPECT_TRUE(App().CopierFichier(source, item(longer)));
+  EXPECT_TRUE(testing::ReadFile(longer) == bytes) << "a longer file is replaced whole";
   EXPECT_FALSE(App().CopierFichier(item(missing), item(full + "/copy")));
-  EXPECT_FALSE(App().CopierFichier(item(file), item(missing + "/copy")));
   EXPECT_THROW(App().CopierFichier(nullptr, item(file)), NilObjectException);
 
   Ref<TextOutputStream> stream = App().CreerFichier(file);
   ASSERT_FALSE(stream.IsNil());
   stream->Close();
   EXPECT_EQ(App().RetournerTailleFichier(file), 0) << "an empty file and a missing one look alike";
-  EXPECT_TRUE(App().CreerFichier(missing + "/file").IsNil());
-  EXPECT_TRUE(App().CreerFichier("").IsNil());
+  EXPECT_TRUE(App().CreerFichier(missing + "/file").IsNil() && App().CreerFichier("").IsNil());
 
-  EXPECT_EQ(App().SupprimerFichier(file), 0);
-  EXPECT_FALSE(std::filesystem::exists(file));
-  EXPECT_EQ(App().SupprimerFichier(file), -1) << "nothing there is no success";
-  EXPECT_EQ(App().SupprimerFichier(full), 1) << "a folder that isn't empty stays";
-  EXPECT_TRUE(std::filesystem::exists(full + "/inner"));
-  EXPECT_EQ(App().SupprimerFichier(""), -2);
+  // SupprimerFichier gives 0 for a success, -1 when nothing is there.
+  EXPECT_EQ((Codes{App().SupprimerFichier(file), App().SupprimerFichier(file), App().SupprimerFichier(full),
+                   App().SupprimerFichier("")}),
+            (Codes{0, -1, 1, -2}));
+  EXPECT_TRUE(!std::filesystem::exists(file) && std::filesystem::exists(full + "/inner"));
 }
 
-}  // namespace
 }  // namespace velmaris

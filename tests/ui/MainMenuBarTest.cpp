@@ -8,49 +8,24 @@
 #include "ui/MainMenuBar.h"
 
 namespace velmaris {
-namespace {
 
-struct Item {
-  const char* menu;
-  const char* name;
-  const char* text;
-  const char* shortcut;  // "Ctrl" is Command on macOS
-};
-
-const Item kItems[] = {
-    {.menu = "FileMenu", .name = "FileQuit", .text = "&Quit", .shortcut = "Ctrl+Q"},
-    {.menu = "EditMenu", .name = "EditUndo", .text = "&Undo", .shortcut = "Ctrl+Z"},
-    {.menu = "EditMenu", .name = "EditSeparator1", .text = "-", .shortcut = ""},
-    {.menu = "EditMenu", .name = "EditCut", .text = "Cu&t", .shortcut = "Ctrl+X"},
-    {.menu = "EditMenu", .name = "EditCopy", .text = "&Copy", .shortcut = "Ctrl+C"},
-    {.menu = "EditMenu", .name = "EditPaste", .text = "&Paste", .shortcut = "Ctrl+V"},
-    {.menu = "EditMenu", .name = "EditClear", .text = "&Delete", .shortcut = ""},
-    {.menu = "EditMenu", .name = "EditSeparator2", .text = "-", .shortcut = ""},
-    {.menu = "EditMenu", .name = "EditSelectAll", .text = "Select &All", .shortcut = "Ctrl+A"},
-};
-
+// Each item as "menu's text, menu's name/item's name, text, shortcut"; "Ctrl" is Command on macOS.
 TEST(MainMenuBar, FileAndEditMenusHoldTheirItemsInOrder) {
-  const QList<QAction*> menus = GetMainMenuBar()->actions();
-  ASSERT_EQ(menus.size(), 2);
-  EXPECT_EQ(menus[0]->text(), QStringLiteral("&File"));
-  EXPECT_EQ(menus[0]->menu()->objectName(), QStringLiteral("FileMenu"));
-  EXPECT_EQ(menus[1]->text(), QStringLiteral("&Edit"));
-  EXPECT_EQ(menus[1]->menu()->objectName(), QStringLiteral("EditMenu"));
-
-  std::vector<const QAction*> items;
-  for (const QAction* menu : menus) {
-    for (const QAction* item : menu->menu()->actions()) items.push_back(item);
+  std::vector<std::string> items;
+  for (const QAction* menu : GetMainMenuBar()->actions()) {
+    for (const QAction* item : menu->menu()->actions()) {
+      const QString text = item->isSeparator() ? QStringLiteral("-") : item->text();
+      items.push_back((menu->text() + " " + menu->menu()->objectName() + "/" + item->objectName() + " " + text + " " +
+                       item->shortcut().toString(QKeySequence::PortableText) + (item->isVisible() ? "" : " hidden"))
+                          .toStdString());
+    }
   }
-  ASSERT_EQ(items.size(), std::size(kItems));
-  for (size_t index = 0; index < items.size(); ++index) {
-    const Item& expected = kItems[index];
-    const QAction& item = *items[index];
-    EXPECT_EQ(item.objectName().toStdString(), expected.name);
-    EXPECT_EQ(static_cast<const QMenu*>(item.parent())->objectName().toStdString(), expected.menu) << expected.name;
-    EXPECT_EQ(item.isSeparator() ? "-" : item.text().toStdString(), expected.text) << expected.name;
-    EXPECT_EQ(item.shortcut().toString(QKeySequence::PortableText).toStdString(), expected.shortcut) << expected.name;
-    EXPECT_TRUE(item.isVisible()) << expected.name;
-  }
+  EXPECT_EQ(items,
+            (std::vector<std::string>{"&File FileMenu/FileQuit &Quit Ctrl+Q", "&Edit EditMenu/EditUndo &Undo Ctrl+Z",
+                                      "&Edit EditMenu/EditSeparator1 - ", "&Edit EditMenu/EditCut Cu&t Ctrl+X",
+                                      "&Edit EditMenu/EditCopy &Copy Ctrl+C", "&Edit EditMenu/EditPaste &Paste Ctrl+V",
+                                      "&Edit EditMenu/EditClear &Delete ", "&Edit EditMenu/EditSeparator2 - ",
+                                      "&Edit EditMenu/EditSelectAll Select &All Ctrl+A"}));
 }
 
 // The only way to end the tool by hand: the Quit item's shortcut in the window.
@@ -59,11 +34,9 @@ TEST(MainMenuBar, QuitShortcutEndsTheRun) {
   window->TimerQuit().SetMode(0);
   QApplication::processEvents();
   ASSERT_EQ(QApplication::activeWindow(), &*window);
-  ASSERT_FALSE(RunIsEnding());
   QTest::keyClick(&*window, Qt::Key_Q, Qt::ControlModifier);
   EXPECT_TRUE(RunIsEnding());
   EXPECT_EQ(RunExitCode(), 0);
 }
 
-}  // namespace
 }  // namespace velmaris
