@@ -1,76 +1,92 @@
 #pragma once
-// Records the events of an HTTPSocket in order, as short texts, and checks
-// what every ReceiveProgress must satisfy on the way: the running total grows
-// by exactly the block it carries, and the total stays the same.
+// What the HTTP tests share: a recorder of an HTTPSocket's events in order,
+// which checks on the way that every ReceiveProgress carries the running
+// total, and the server's plainest script.
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <string>
-#include <vector>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <random>
 
 #include "http/HTTPSocket.h"
+#include "support/Files.h"
+#include "support/TestServer.h"
 
 namespace velmaris::testing {
 
+// Reads the request, sends the response whole, closes.
+inline TestServer::Script Answer(const std::string& response) {
+  return {TestServer::ReadRequest(), TestServer::Send(response), TestServer::Close()};
+}
+
+inline Ref<FolderItem> Item(const std::string& path) { return New<FolderItem>(path, FolderItem::PathModes::Shell); }
+
 struct HTTPEvents {
+  // One entry per event, a run of ReceiveProgress as one.
   std::vector<std::string> log;
-  // The completion's arguments.
+  // PageReceived, DownloadComplete and Error.
+  int completions = 0;
+  // The arguments of the last events that carry them.
   std::string content;
   Ref<InternetHeaders> headers;
-  Ref<FolderItem> file;
-  int completions = 0;
-  // The blocks of ReceiveProgress on the last connection, joined.
+  // "received/total" of each ReceiveProgress of the last connection, and their blocks joined.
+  std::vector<std::string> progress;
   std::string progressData;
-  std::vector<std::string> progress;  // "received/total" of each
-  // The answer to the authentication events: name and password, or none.
-  std::function<bool(std::string& name, std::string& password)> answer;
+  // The owner's answer to a challenge; none refuses it.
+  std::function<bool(String& name, String& password)> answer;
 
-  void Attach(HTTPSocket& socket) {
-    // Each connection counts from 0 again.
+  explicit HTTPEvents(HTTPSocket& socket) {
     socket.Connected = [this](HTTPSocket&) {
       log.emplace_back("Connected");
-      progressData.clear();
       progress.clear();
+      progressData.clear();
     };
-    socket.Error = [this](HTTPSocket&, int64_t code) {
-      log.push_back("Error " + std::to_string(code));
-      ++completions;
-    };
+    socket.Error = [this](HTTPSocket&, int64_t code) { Complete("Error " + std::to_string(code)); };
     socket.HeadersReceived = [this](HTTPSocket&, const Ref<InternetHeaders>& received, int64_t status) {
       log.push_back("HeadersReceived " + std::to_string(status));
       headers = received;
     };
     socket.ReceiveProgress = [this](HTTPSocket&, int64_t received, int64_t total, const String& data) {
       if (log.empty() || log.back() != "ReceiveProgress") log.emplace_back("ReceiveProgress");
-      EXPECT_EQ(received, static_cast<int64_t>(progressData.size() + data.size())) << "running total";
       progressData += data;
+      EXPECT_EQ(received, static_cast<int64_t>(progressData.size())) << "the running total";
       progress.push_back(std::to_string(received) + "/" + std::to_string(total));
     };
     socket.PageReceived = [this](HTTPSocket&, const String& url, int64_t status, const Ref<InternetHeaders>& received,
                                  const String& page) {
-      log.push_back("PageReceived " + std::to_string(status) + " " + url);
       content = page;
       headers = received;
-      ++completions;
+      Complete("PageReceived " + std::to_string(status) + " " + url);
     };
     socket.DownloadComplete = [this](HTTPSocket&, const String& url, int64_t status,
-                                     const Ref<InternetHeaders>& received, const Ref<FolderItem>& target) {
-      log.push_back("DownloadComplete " + std::to_string(status) + " " + url);
+                                     const Ref<InternetHeaders>& received, const Ref<FolderItem>&) {
       headers = received;
-      file = target;
-      ++completions;
+      Complete("DownloadComplete " + std::to_string(status) + " " + url);
     };
-    socket.AuthenticationRequired = [this](HTTPSocket&, const String& realm, const Ref<InternetHeaders>&, String& name,
-                                           String& password) {
-      log.push_back("AuthenticationRequired " + realm);
-      return answer && answer(name, password);
+    const auto challenge = [this](const std::string& event) {
+      return
+          [this, event](HTTPSocket&, const String& realm, const Ref<InternetHeaders>&, String& name, String& password) {
+            log.push_back(event + " " + realm);
+            return answer && answer(name, password);
+          };
     };
-    socket.ProxyAuthenticationRequired = [this](HTTPSocket&, const String& realm, const Ref<InternetHeaders>&,
-                                                String& name, String& password) {
-      log.push_back("ProxyAuthenticationRequired " + realm);
-      return answer && answer(name, password);
-    };
+    socket.AuthenticationRequired = challenge("AuthenticationRequired");
+    socket.ProxyAuthenticationRequired = challenge("ProxyAuthenticationRequired");
+  }
+
+  // Runs the event loop until there have been this many completions, and a
+  // little longer, so that an event too many would show.
+  bool Await(int count = 1) {
+    const bool reached = WaitUntil([&] { return completions >= count; });
+    WaitUntil([] { return false; }, 50);
+    return reached;
+  }
+
+ private:
+  void Complete(const std::string& entry) {
+    log.push_back(entry);
+    ++completions;
   }
 };
 

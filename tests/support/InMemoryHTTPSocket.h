@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
 #include "http/HTTPSocket.h"
 
@@ -14,15 +13,12 @@ namespace velmaris::testing {
 
 class InMemoryHTTPSocket : public HTTPSocket {
  public:
-  // What the client wrote on each connection.
-  std::vector<std::string> written;
   // Connect was called, and neither Accept nor Refuse has answered it.
   bool connecting = false;
 
   void Accept() {
     connecting = false;
     mConnected = true;
-    written.emplace_back();
     Event_Connected();
   }
   void Refuse(int64_t code) {
@@ -44,6 +40,7 @@ class InMemoryHTTPSocket : public HTTPSocket {
   }
 
   int64_t BytesAvailable() const override { return static_cast<int64_t>(mBuffer.size()); }
+  // Drops the unread bytes too, as a real socket's Close does.
   void Close() override {
     mConnected = false;
     connecting = false;
@@ -53,18 +50,15 @@ class InMemoryHTTPSocket : public HTTPSocket {
   bool IsConnected() const override { return mConnected; }
   int64_t LastErrorCode() const override { return mSocketError; }
   String Lookahead() override { return mBuffer; }
-  void Poll() override {}
-  void Purge() override { mBuffer.clear(); }
+  // ReadAll is Read(0) of the base.
   String Read(int64_t count) override {
     const size_t taken = count < 1 ? mBuffer.size() : std::min(mBuffer.size(), static_cast<size_t>(count));
     String bytes = mBuffer.substr(0, taken);
     mBuffer.erase(0, taken);
     return bytes;
   }
-  String ReadAll() override { return Read(0); }
-  void Write(const String& bytes) override {
-    if (mConnected) written.back() += bytes;
-  }
+  // The request goes nowhere: no one reads it.
+  void Write(const String& /*bytes*/) override {}
 
  private:
   std::string mBuffer;
