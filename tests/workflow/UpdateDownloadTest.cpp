@@ -1,15 +1,18 @@
-// The progress display of the download. The rest of the update branch (the
-// URL, the labels, a refused version, the hand-over to the installation, a
-// download given up) is pinned by the end-to-end test.
+// The progress display of the download and the hand-over to the
+// installation. The rest of the update branch (the URL, the labels, a
+// refused version, a download given up) is pinned by the end-to-end test.
 #include <gtest/gtest.h>
 
 #include "support/TestWindow.h"
+#include "support/VirtualClock.h"
 
 namespace velmaris {
 namespace {
 
+const std::vector<std::string> kUpdateJob = {"VelmarisMAJ", "--REPAPP:/Applications/Velmaris.app", "--MAJ:2.1.0"};
+
 TEST(UpdateDownload, ProgressShowsThePercentageOrTheAmountReceived) {
-  testing::TestWindow window({"VelmarisMAJ", "--REPAPP:/Applications/Velmaris.app", "--MAJ:2.1.0"});
+  testing::TestWindow window(kUpdateJob);
   window->TimerQuit().SetMode(0);
   struct Row {
     int64_t received, total;
@@ -34,6 +37,21 @@ TEST(UpdateDownload, ProgressShowsThePercentageOrTheAmountReceived) {
     }
     EXPECT_EQ(window->LabelDownload().Text(), row.label);
   }
+}
+
+TEST(UpdateDownload, TheEndOfTheDownloadHandsOverToTheInstallation) {
+  testing::TestWindow window(kUpdateJob);
+  window->TimerQuit().SetMode(0);
+  window->LabelDownload().SetVisible(true);
+  window->ProgressBarDonwload().SetVisible(true);
+  testing::VirtualTime time;
+  const int64_t start = time.Now();
+  window->Downloader_DownloadComplete(window->Downloader(), "", 404, nullptr, nullptr);
+  EXPECT_EQ(time.Now() - start, 60) << "one second's wait";
+  EXPECT_FALSE(window->LabelDownload().Visible());
+  EXPECT_FALSE(window->ProgressBarDonwload().Visible());
+  EXPECT_EQ(window->LabelTelechargement().Text(), "Update installation in progress...");
+  EXPECT_EQ(window->TimerInstallation().Mode(), 1);
 }
 
 }  // namespace

@@ -81,7 +81,8 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .opened = ""},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris", .messages = {kInstallFailed}},
       {.name = "a stalled server", .port = stalled.Port(), .messages = {kDownloadFailed}},
-      {.name = "a smuggling version", .version = "2.0.0;touch${IFS}$HOME/smuggled", .messages = {kDownloadFailed}},
+      // Would a 404 page of this name be downloaded, its removal would run the command.
+      {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
       {.name = "a smuggling path",
        .application = "/Velmaris.app\";touch \"$HOME/smuggled",
        .messages = {kNoJob},
