@@ -13,6 +13,9 @@ namespace velmaris::testing {
 
 class TestWindow {
  public:
+  // The class, which the accessor of the same name hides.
+  using Fenetre = class FenetreTelechargement;
+
   explicit TestWindow(std::vector<std::string> arguments) : mApplication(std::move(arguments)) {
     App().MenuBar = GetMainMenuBar();
     mWindow = &FenetreTelechargement();
@@ -21,16 +24,12 @@ class TestWindow {
   TestWindow(const TestWindow&) = delete;
   TestWindow& operator=(const TestWindow&) = delete;
 
-  class FenetreTelechargement& operator*() const {
-    return *mWindow;
-  }
-  class FenetreTelechargement* operator->() const {
-    return mWindow;
-  }
+  Fenetre& operator*() const { return *mWindow; }
+  Fenetre* operator->() const { return mWindow; }
 
  private:
   TestApplication mApplication;
-  class FenetreTelechargement* mWindow;
+  Fenetre* mWindow;
 };
 
 }  // namespace velmaris::testing

@@ -1,7 +1,7 @@
 #pragma once
-// A time base for tests: every yield advances it by one tick, runs the
-// actions that have come due and the events already pending, so that waits
-// cost no real time.
+// A time base for tests, installed for the life of the object: every yield
+// advances it by one tick, runs the actions that have come due and the
+// events already pending, so that waits cost no real time.
 
 #include <QCoreApplication>
 #include <functional>
@@ -11,36 +11,29 @@
 
 namespace velmaris::testing {
 
-class VirtualClock : public Clock {
- public:
-  VirtualClock(int64_t* ticks, std::multimap<int64_t, std::function<void()>>* actions)
-      : mTicks(ticks), mActions(actions) {}
-  int64_t Ticks() override { return *mTicks; }
-  void BackgroundTask() override {
-    ++*mTicks;
-    while (!mActions->empty() && mActions->begin()->first <= *mTicks) {
-      const std::function<void()> action = mActions->begin()->second;
-      mActions->erase(mActions->begin());
-      action();
-    }
-    QCoreApplication::processEvents();
-  }
-
- private:
-  int64_t* mTicks;
-  std::multimap<int64_t, std::function<void()>>* mActions;
-};
-
-// Installs a virtual clock for the life of the object; Now() is its reading.
 class VirtualTime {
  public:
-  VirtualTime() : mScope(std::make_unique<VirtualClock>(&mTicks, &mActions)) {}
+  VirtualTime() : mScope(std::make_unique<Ticking>(this)) {}
   int64_t Now() const { return mTicks; }
-  void Advance(int64_t ticks) { mTicks += ticks; }
   // Runs the action in the first yield at or after that tick.
   void At(int64_t tick, std::function<void()> action) { mActions.emplace(tick, std::move(action)); }
 
  private:
+  struct Ticking : Clock {
+    explicit Ticking(VirtualTime* owner) : time(owner) {}
+    int64_t Ticks() override { return time->mTicks; }
+    void BackgroundTask() override {
+      ++time->mTicks;
+      while (!time->mActions.empty() && time->mActions.begin()->first <= time->mTicks) {
+        const std::function<void()> action = time->mActions.begin()->second;
+        time->mActions.erase(time->mActions.begin());
+        action();
+      }
+      QCoreApplication::processEvents();
+    }
+    VirtualTime* time;
+  };
+
   int64_t mTicks = 1000;
   std::multimap<int64_t, std::function<void()>> mActions;
   ScopedClock mScope;
