@@ -121,7 +121,7 @@ void CheckBuiltCommandLine(VelmarisMAJ& app, const std::vector<std::string>& arg
   // Blanks behind the colon go with the trimming; the first input byte decides which pieces get one.
   const unsigned blanks = arguments.empty() || arguments[0].empty() ? 0 : static_cast<unsigned char>(arguments[0][0]);
   for (size_t k = 0; k < values.size(); ++k) {
-    built.push_back(std::string("--") + kKeys[k] + ":" + ((blanks >> k) & 1 ? " " : "") + values[k]);
+    built.push_back(std::string("--") + kKeys[k] + ":" + (((blanks >> k) & 1U) != 0 ? " " : "") + values[k]);
   }
   System::SetArguments(built);
   for (size_t k = 0; k < values.size(); ++k) {
