@@ -157,7 +157,8 @@ void Run(const uint8_t* data, size_t size) {
 }  // namespace
 }  // namespace velmaris
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+// libFuzzer declares the hook with these parameter types.
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {  // NOLINT(readability-non-const-parameter)
   static QCoreApplication application(*argc, *argv);
   return 0;
 }

@@ -16,7 +16,7 @@ String Text(const QByteArray& bytes) { return {bytes.constData(), static_cast<si
 String MD5(const String& bytes) { return Text(QCryptographicHash::hash(Bytes(bytes), QCryptographicHash::Md5)); }
 
 String EncodeBase64(const String& bytes, int64_t lineLength) {
-  const String encoded = Text(Bytes(bytes).toBase64());
+  String encoded = Text(Bytes(bytes).toBase64());
   if (lineLength < 1) return encoded;
   const auto width = static_cast<size_t>(lineLength);
   String lines;

@@ -24,12 +24,15 @@ class RuntimeException : public std::exception {
   int64_t mErrorNumber;
 };
 
+// The argument is the name of the class declared, where parentheses cannot stand.
+// NOLINTBEGIN(bugprone-macro-parentheses)
 #define VELMARIS_EXCEPTION(Name)                             \
   class Name : public RuntimeException {                     \
    public:                                                   \
     using RuntimeException::RuntimeException;                \
     const char* ClassName() const override { return #Name; } \
   }
+// NOLINTEND(bugprone-macro-parentheses)
 
 VELMARIS_EXCEPTION(IOException);
 VELMARIS_EXCEPTION(UnsupportedFormatException);

@@ -145,7 +145,7 @@ String ReplaceAll(const String& s, const String& oldText, const String& newText)
     out += newText;
     from = at + oldText.size();
   }
-  out.append(s, from, String::npos);
+  out.append(s, from);
   return out;
 }
 
@@ -174,7 +174,7 @@ String Str(double value, const String& pattern) {
   if (!pattern.empty()) return Format(value, pattern);
   char buffer[64];
   const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-  return String(buffer, result.ptr);
+  return {buffer, result.ptr};
 }
 
 String Format(double value, const String& pattern) {
@@ -274,7 +274,7 @@ String Chr(int64_t code) {
   return out;
 }
 
-String ChrB(int64_t byte) { return String(1, static_cast<char>(byte & 0xFF)); }
+String ChrB(int64_t byte) { return {static_cast<char>(byte & 0xFF)}; }
 
 int64_t Asc(const String& s) {
   if (s.empty()) return 0;

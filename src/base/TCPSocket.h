@@ -19,7 +19,7 @@ class TCPSocket : public SocketCore {
  public:
   // Unread bytes are held up to this many; beyond it the peer is held back
   // by TCP's flow control, so memory stays flat however fast it sends.
-  static constexpr int64_t kReadBufferSize = 1024 * 1024;
+  static constexpr int64_t kReadBufferSize = int64_t{1024} * 1024;
   // LastErrorCode is this plus the QAbstractSocket::SocketError of the
   // failure, so that it never meets the small codes of the layers above.
   static constexpr int64_t kErrorBase = 100;

@@ -12,10 +12,10 @@ namespace velmaris {
 std::string VelmarisMAJ::RetournerValeurArgument(const std::string& key) {
   const std::vector<String> pieces = Split(System::CommandLine(), "--");
   const String prefix = key + ":";
-  for (size_t index = 0; index < pieces.size(); ++index) {
-    if (TextEquals(Left(pieces[index], Len(key) + 1), prefix)) {
+  for (const String& piece : pieces) {
+    if (TextEquals(Left(piece, Len(key) + 1), prefix)) {
       // The key is the piece's own beginning, so only it goes.
-      return Trim(Replace(pieces[index], prefix, ""));
+      return Trim(Replace(piece, prefix, ""));
     }
     RuntimeBackgroundTask();
   }

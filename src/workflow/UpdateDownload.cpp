@@ -2,6 +2,8 @@
 // the download of the new version into the Downloads folder; the
 // Downloader's events move the progress display and hand over to the
 // installation.
+#include <algorithm>
+
 #include "base/FolderItem.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
@@ -25,12 +27,10 @@ String ServeurMiseAJour() {
 // The version goes unquoted into file names and command lines: nothing
 // but letters, digits, ".", "_" and "-" may come through.
 bool VersionSure(const String& version) {
-  for (const char c : version) {
-    const bool sure =
-        (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' || c == '-';
-    if (!sure) return false;
-  }
-  return true;
+  return std::ranges::all_of(version, [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' ||
+           c == '-';
+  });
 }
 
 // A download that receives nothing for this long is given up. Tests make it
