@@ -32,9 +32,11 @@ std::pair<int64_t, int64_t> MousePosition() {
 
 std::string System::CommandLine() {
   std::string line;
-  for (const std::string& argument : Arguments()) {
-    if (!line.empty()) line += ' ';
-    line += argument;
+  const std::vector<std::string>& arguments = Arguments();
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    // An empty argument keeps its place between two blanks.
+    if (i > 0) line += ' ';
+    line += arguments[i];
   }
   return line;
 }
