@@ -13,18 +13,13 @@
 #include <string>
 #include <vector>
 
+#include "FuzzCheck.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
 #include "core/VelmarisMAJ.h"
 
 namespace velmaris {
 namespace {
-
-void Check(bool holds, const char* invariant) {
-  if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", invariant);
-  std::abort();
-}
 
 constexpr const char* kKeys[] = {"REPAPP", "SAUVEDB", "MAJ"};
 

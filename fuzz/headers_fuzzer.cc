@@ -8,17 +8,12 @@
 #include <map>
 #include <vector>
 
+#include "FuzzCheck.h"
 #include "base/StringFunctions.h"
 #include "headers/InternetHeaders.h"
 
 namespace velmaris {
 namespace {
-
-void Check(bool holds, const char* invariant) {
-  if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", invariant);
-  std::abort();
-}
 
 String Line(const String& name, const String& value) { return name + ": " + value; }
 

@@ -20,16 +20,11 @@
 #include <memory>
 #include <string>
 
+#include "FuzzCheck.h"
 #include "support/InMemoryHTTPSocket.h"
 
 namespace velmaris {
 namespace {
-
-void Check(bool holds, const char* invariant) {
-  if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", invariant);
-  std::abort();
-}
 
 class FuzzedSocket : public testing::InMemoryHTTPSocket {
  public:
