@@ -42,7 +42,7 @@ struct HTTPEvents {
       progress.clear();
       progressData.clear();
     };
-    socket.Error = [this](HTTPSocket&, int64_t code) { Complete("Error " + std::to_string(code)); };
+    socket.Error = [this](HTTPSocket&, int64_t code) { Complete("Error " + std::to_string(code), headers); };
     socket.HeadersReceived = [this](HTTPSocket&, const Ref<InternetHeaders>& received, int64_t status) {
       log.push_back("HeadersReceived " + std::to_string(status));
       headers = received;
@@ -56,13 +56,11 @@ struct HTTPEvents {
     socket.PageReceived = [this](HTTPSocket&, const String& url, int64_t status, const Ref<InternetHeaders>& received,
                                  const String& page) {
       content = page;
-      headers = received;
-      Complete("PageReceived " + std::to_string(status) + " " + url);
+      Complete("PageReceived " + std::to_string(status) + " " + url, received);
     };
     socket.DownloadComplete = [this](HTTPSocket&, const String& url, int64_t status,
                                      const Ref<InternetHeaders>& received, const Ref<FolderItem>&) {
-      headers = received;
-      Complete("DownloadComplete " + std::to_string(status) + " " + url);
+      Complete("DownloadComplete " + std::to_string(status) + " " + url, received);
     };
     const auto challenge = [this](const std::string& event) {
       return
@@ -84,8 +82,9 @@ struct HTTPEvents {
   }
 
  private:
-  void Complete(const std::string& entry) {
+  void Complete(const std::string& entry, const Ref<InternetHeaders>& received) {
     log.push_back(entry);
+    headers = received;
     ++completions;
   }
 };

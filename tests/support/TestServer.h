@@ -16,8 +16,7 @@ namespace velmaris::testing {
 class TestServer {
  public:
   struct Step {
-    enum class Kind { ReadRequest, Send, Pause, Close };
-    Kind kind;
+    enum class Kind { ReadRequest, Send, Pause, Close } kind;
     std::string bytes;
     int milliseconds = 0;
   };
@@ -34,8 +33,6 @@ class TestServer {
   // Listens on 127.0.0.1, at a port of the system's choice.
   TestServer();
   ~TestServer();
-  TestServer(const TestServer&) = delete;
-  TestServer& operator=(const TestServer&) = delete;
 
   // The scripts of the next connections in their order; the last one plays
   // again for every further connection. Without any, connections stall.
@@ -46,7 +43,6 @@ class TestServer {
   std::string Url(const std::string& path) const;
   // What each connection received, in the order of acceptance.
   std::vector<std::string> Received() const;
-  int Connections() const;
 
   // A port on which nothing listens, so that connecting there is refused.
   static uint16_t RefusingPort();
