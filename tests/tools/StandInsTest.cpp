@@ -46,6 +46,8 @@ class StandInsTest : public ::testing::Test {
   Shell mShell;
 };
 
+// A failed command (a second mount, a broken image, an unmount of what is no
+// volume) leaves the volumes as they were and touches nothing else.
 TEST_F(StandInsTest, DiskImagesMountCopyAndUnmount) {
   const std::string image = At("/Downloads/Velmaris_2.1.0.dmg"), volume = At("/Volumes/Velmaris_2.1.0");
   const std::string installed = At("/Applications/Velmaris.app");
@@ -55,29 +57,20 @@ TEST_F(StandInsTest, DiskImagesMountCopyAndUnmount) {
     EXPECT_EQ(Run("hdiutil mount '" + image + "' >/dev/null"), 0);
     ASSERT_TRUE(fs::is_regular_file(volume + "/Velmaris.app/Contents/MacOS/Velmaris"));
     EXPECT_EQ(fs::status(volume).permissions() & fs::perms(0222), fs::perms::none) << "read-only at its top";
+    EXPECT_NE(Run("hdiutil mount '" + image + "' 2>/dev/null"), 0);
     EXPECT_EQ(Run("ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + installed + "\""), 0);
     EXPECT_EQ(Tree(installed), Tree(volume + "/Velmaris.app"));
     EXPECT_EQ(Run("hdiutil unmount /Volumes/Velmaris_2.1.0 >/dev/null"), 0);
-    EXPECT_TRUE(fs::is_empty(At("/Volumes")));
     fs::remove_all(At("/Applications"));
   }
-}
-
-// A failed command leaves the volumes as they were and touches nothing else.
-TEST_F(StandInsTest, FailuresLeaveNothingBehind) {
   fs::create_directories(At("/Elsewhere"));
   testing::WriteFile(At("/Downloads/Broken.dmg"), std::string(4096, '\x17'));
-  const std::string twice = At("/Downloads/Twice.dmg");
-  ASSERT_EQ(Run("bsdtar -cf '" + twice + "' -C '" + At("/image") + "' . && hdiutil mount '" + twice + "' >/dev/null"),
-            0);
   for (const std::string& command :
-       {"hdiutil mount '" + At("/Downloads/Broken.dmg") + "'", "hdiutil mount '" + twice + "'",
-        "hdiutil unmount '" + At("/Elsewhere") + "'", std::string("hdiutil unmount /Volumes/..")}) {
+       {"hdiutil mount '" + At("/Downloads/Broken.dmg") + "'", "hdiutil unmount '" + At("/Elsewhere") + "'",
+        std::string("hdiutil unmount /Volumes/..")}) {
     EXPECT_NE(Run(command + " 2>/dev/null"), 0) << command;
   }
-  EXPECT_EQ(std::distance(fs::directory_iterator(At("/Volumes")), {}), 1);
-  EXPECT_TRUE(fs::exists(At("/Volumes/Twice")));
-  EXPECT_TRUE(fs::exists(At("/Elsewhere")));
+  EXPECT_TRUE(fs::is_empty(At("/Volumes")) && fs::exists(At("/Elsewhere")));
 }
 
 TEST_F(StandInsTest, OpenStartsABundleAndReturnsAtOnce) {
