@@ -18,14 +18,15 @@ TEST(Arguments, ValuesAreReadFromTheWholeCommandLine) {
   EXPECT_EQ(value({kApp, "--SAUVEDB:Backups/01 12:30:00.db"}, "SAUVEDB"), "Backups/01 12:30:00.db");
   EXPECT_EQ(value({kApp, "--SAUVEDB:a--b.sqlite"}, "SAUVEDB"), "a");
   EXPECT_EQ(value({kApp, "--MAJOR:5", "--MAJ:6"}, "MAJ"), "6");
-  EXPECT_EQ(value({kApp, "--XMAJ:5"}, "MAJ"), "");
   EXPECT_EQ(value({kApp, "--maj:7"}, "MAJ"), "7");
   EXPECT_EQ(value({kApp, "--MAJ:1", "--MAJ:2"}, "MAJ"), "1");
-  EXPECT_EQ(value({kApp, "--MAJ:", "--REPAPP:/x"}, "MAJ"), "");
-  EXPECT_EQ(value({kApp, "--MAJ:   "}, "MAJ"), "");
-  EXPECT_EQ(value({kApp, "MAJ:1"}, "MAJ"), "");
-  EXPECT_EQ(value({kApp}, "MAJ"), "");
-  EXPECT_EQ(value({}, "MAJ"), "");
+  // Empty, ending another word, without "--", absent.
+  EXPECT_EQ(value({kApp, "--MAJ:", "--REPAPP:/x"}, "MAJ") + value({kApp, "--XMAJ:5"}, "MAJ") +
+                value({kApp, "MAJ:1"}, "MAJ") + value({kApp}, "MAJ") + value({}, "MAJ"),
+            "");
+  // An empty argument keeps its place between two blanks.
+  System::SetArguments({"", kApp, "", "--MAJ:1"});
+  EXPECT_EQ(System::CommandLine(), std::string(" ") + kApp + "  --MAJ:1");
 }
 
 TEST(Arguments, TextHelpers) {
