@@ -5,7 +5,6 @@
 namespace velmaris {
 
 using Texts = std::vector<String>;
-using Numbers = std::vector<double>;
 using Integers = std::vector<int64_t>;
 
 // "é" is two bytes and "…" three, and the stray byte \xFF counts as one character.
@@ -42,8 +41,8 @@ TEST(StringFunctions, NumbersAndCodes) {
   EXPECT_EQ((Texts{Format(1234.6, "0"), Format(42, "00000000"), Format(0.25, "#%"), Format(0.5749, "#%"),
                    Format(0.0, "#%"), Str(1.0, "0.0"), Str(2.5, ""), Str(int64_t{-12})}),
             (Texts{"1235", "00000042", "25%", "57%", "0%", "1.0", "2.5", "-12"}));
-  EXPECT_EQ((Numbers{Val("12abc"), Val(""), Val("abc"), Val("  -7.5x"), Val("1e3"), CDbl("200 OK")}),
-            (Numbers{12, 0, 0, -7.5, 1000, 200}));
+  EXPECT_EQ((std::vector<double>{Val("12abc"), Val(""), Val("abc"), Val("  -7.5x"), Val("1e3"), CDbl("200 OK")}),
+            (std::vector<double>{12, 0, 0, -7.5, 1000, 200}));
   // Cut toward zero, saturating instead of overflowing.
   EXPECT_EQ((Integers{ToInteger(-2.9), ToInteger(Val("1e30"))}), (Integers{-2, INT64_MAX}));
   EXPECT_EQ((Texts{Hex(255), Hex(0), Chr(10), Chr(0xE9), Chr(0x2026), ChrB(0xE9)}),

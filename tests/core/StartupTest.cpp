@@ -10,9 +10,8 @@ namespace velmaris {
 // The no-job road shows its message in the user's language and still ends the run with status 0.
 TEST(Startup, WithoutArgumentsTheNoJobRoadSpeaksTheUserLanguageAndEndsWithStatusZero) {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANGUAGE", "LC_ALL", "LC_MESSAGES"}) {
-    environment.remove(QString::fromLatin1(name));
-  }
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANGUAGE", "LC_ALL", "LC_MESSAGES"})
+    environment.remove(name);
   environment.insert(QStringLiteral("LANG"), QStringLiteral("fr_BE.UTF-8"));
   QProcess tool;
   tool.setProcessEnvironment(environment);

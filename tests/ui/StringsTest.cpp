@@ -13,9 +13,7 @@ namespace velmaris {
 #define ENTRY(name) Strings::name, "Strings." #name
 const struct Entry {
   std::string (*constant)(const std::string&);
-  const char* key;
-  const char* english;
-  const char* french;
+  const char *key, *english, *french;
 } kCatalogue[] = {
     {ENTRY(kLabelTelechargement0), "Initialization...", "Initialisation..."},
     {ENTRY(kLabelTelechargement1), "Download ", "Téléchargement de "},
