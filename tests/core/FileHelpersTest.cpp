@@ -14,10 +14,8 @@ namespace velmaris {
 TEST(FileHelpers, ResultCodes) {
   testing::TestApplication application;
   QTemporaryDir folder;
-  const std::string file = folder.path().toStdString() + "/file";
-  const std::string full = folder.path().toStdString() + "/folder with blanks";
-  const std::string longer = full + "/database.sqlite";
-  const std::string missing = folder.path().toStdString() + "/missing";
+  const std::string root = folder.path().toStdString(), file = root + "/file", missing = root + "/missing";
+  const std::string full = root + "/folder with blanks", longer = full + "/database.sqlite";
   const std::string bytes("SQLite format 3\0\x10\xff", 18);
   std::filesystem::create_directories(full + "/inner");
   testing::WriteFile(file, bytes);

@@ -81,9 +81,8 @@ TEST_F(StandInsTest, OpenStartsABundleAndReturnsAtOnce) {
   elapsed.start();
   EXPECT_EQ(Run("open \"" + bundle + "\""), 0);
   EXPECT_LT(elapsed.elapsed(), 2000) << "open waited for the application";
-  for (const std::string nothing : {"/Empty.app", "/Missing.app"}) {
+  for (const char* nothing : {"/Empty.app", "/Missing.app"})
     EXPECT_NE(Run("open '" + At(nothing) + "' 2>/dev/null"), 0) << nothing;
-  }
   for (int wait = 0; wait < 50 && !fs::exists(At("/home/opened.txt")); ++wait) QThread::msleep(100);
   EXPECT_EQ(testing::ReadFile(At("/home/opened.txt")), "opened\n");
 }
