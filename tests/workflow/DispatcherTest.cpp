@@ -7,13 +7,11 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "support/RecordingDialogs.h"
-#include "support/RecordingShell.h"
+#include "support/Recording.h"
 #include "support/Sandbox.h"
-#include "support/TestApplication.h"
 #include "support/TestServer.h"
+#include "support/TestWindow.h"
 #include "support/VirtualClock.h"
-#include "ui/FenetreTelechargement.h"
 
 namespace velmaris {
 namespace {
@@ -38,19 +36,14 @@ struct Outcome {
 // before(time) may schedule actions on the virtual clock.
 Outcome Dispatch(const std::vector<std::string>& arguments,
                  const std::function<void(testing::VirtualTime&)>& before = {}) {
-  testing::TestApplication application(arguments);
+  testing::TestWindow window(arguments);
   testing::VirtualTime time;
-  testing::RecordingShell shell;
-  testing::RecordingDialogs dialogs;
-  dialogs.OnShow = [&shell](const testing::ShownDialog& shown) { shell.Note(shown.Line()); };
-  class FenetreTelechargement& fenetre = FenetreTelechargement();
-  fenetre.TimerQuit().SetMode(0);
+  testing::Recording recording;
+  window->TimerQuit().SetMode(0);
   if (before) before(time);
   const int64_t start = time.Now();
-  _CallFunctionWithExceptionHandling([&fenetre] { fenetre.TimerQuit_Action(fenetre.TimerQuit()); });
-  Outcome run{shell.Commands(), (time.Now() - start) / 60, RunIsEnding(), fenetre.Title(), App()};
-  _ReleaseFenetreTelechargement();
-  return run;
+  _CallFunctionWithExceptionHandling([&window] { window->TimerQuit_Action(window->TimerQuit()); });
+  return {recording.Seen(), (time.Now() - start) / 60, RunIsEnding(), window->Title(), App()};
 }
 
 class DispatcherTest : public ::testing::Test {
@@ -123,23 +116,20 @@ TEST_F(DispatcherTest, EveryRoad) {
 
 TEST_F(DispatcherTest, PathsAreWorkedOutFromTheLastSegmentOfREPAPP) {
   const std::string apps = mSandbox.At("/Apps");
-  struct Row {
-    std::string repapp;
-    bool portable = false;
-    std::string data;
-  } rows[] = {
-      {.repapp = apps + "/Velmaris.app", .data = Data()},
-      {.repapp = apps + "/velmaris PORTABLE 2.app", .portable = true, .data = apps + "/Velmaris"},
-      {.repapp = apps + "/Portable/Velmaris.app", .data = Data()},
-      {.repapp = apps + "/Velmaris Portable.app/", .data = Data()},
+  // The REPAPP value and the data folder, which is beside a portable copy.
+  const std::pair<std::string, std::string> rows[] = {
+      {apps + "/Velmaris.app", Data()},
+      {apps + "/velmaris PORTABLE 2.app", apps + "/Velmaris"},
+      {apps + "/Portable/Velmaris.app", Data()},
+      {apps + "/Velmaris Portable.app/", Data()},
       // The first occurrence of "/" + the name goes, here in an earlier segment.
-      {.repapp = apps + "/Portable.app.1/Portable.app", .portable = true, .data = apps + ".1/Portable.app/Velmaris"},
+      {apps + "/Portable.app.1/Portable.app", apps + ".1/Portable.app/Velmaris"},
   };
-  for (const Row& row : rows) {
-    const Outcome run = Dispatch({kProgram, "--REPAPP:" + row.repapp, "--SAUVEDB:_INIT"});
-    EXPECT_EQ(run.app.bPortable, row.portable) << row.repapp;
-    EXPECT_EQ(run.app.strCheminAppData, row.data) << row.repapp;
-    EXPECT_EQ(run.app.strCheminAppDataSauveDB, row.data + "/BackupsDB") << row.repapp;
+  for (const auto& [repapp, data] : rows) {
+    const Outcome run = Dispatch({kProgram, "--REPAPP:" + repapp, "--SAUVEDB:_INIT"});
+    EXPECT_EQ(run.app.bPortable, data != Data()) << repapp;
+    EXPECT_EQ(run.app.strCheminAppData, data) << repapp;
+    EXPECT_EQ(run.app.strCheminAppDataSauveDB, data + "/BackupsDB") << repapp;
   }
 }
 

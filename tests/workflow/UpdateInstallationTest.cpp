@@ -5,15 +5,15 @@
 
 #include <filesystem>
 
-#include "support/RecordingDialogs.h"
-#include "support/RecordingShell.h"
+#include "support/Recording.h"
 #include "support/Sandbox.h"
-#include "support/TestApplication.h"
+#include "support/TestWindow.h"
 #include "support/VirtualClock.h"
-#include "ui/FenetreTelechargement.h"
 
 namespace velmaris {
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST(UpdateInstallation, EveryRoad) {
   testing::Sandbox sandbox;
@@ -41,7 +41,6 @@ TEST(UpdateInstallation, EveryRoad) {
   struct Row {
     const char* name;
     int64_t archive = 20000;  // its size; -1 for none
-    bool installed = true;    // whether the application's folder is there
     std::map<std::string, int64_t> fail = {};
     std::vector<std::string> seen;  // the commands, and the dialog where it is shown
   } rows[] = {
@@ -55,9 +54,6 @@ TEST(UpdateInstallation, EveryRoad) {
       {.name = "mount fails",
        .fail = {{"hdiutil mount", 1}},
        .seen = {unzip, mount, kept, rmMacOSX, rmDownloads, open}},
-      {.name = "a missing application is not removed, the volume goes",
-       .installed = false,
-       .seen = {unzip, mount, kept, unmount, rmMacOSX, rmDownloads, open}},
       {.name = "removing the application fails: no wait behind it, no re-opening",
        .fail = {{"rm -rf \"", 1}},
        .seen = {unzip, mount, rmApp, rmMacOSX, ditto, wait, unmount, wait, rmDownloads, fresh}},
@@ -71,25 +67,34 @@ TEST(UpdateInstallation, EveryRoad) {
        .fail = {{"rm ~", 1}, {"rm -rf ~", 1}, {"hdiutil unmount", 1}, {"Sleep", 1}},
        .seen = success},
   };
-  for (const Row& row : rows) {
-    std::filesystem::remove(archive);
-    if (row.archive >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(row.archive), 'z'));
-    std::filesystem::remove_all(application);
-    if (row.installed) std::filesystem::create_directories(application + "/Contents/MacOS");
-    testing::TestApplication app;
+  // Runs the installation of the application at that path, with those commands failing.
+  const auto install = [&](const std::string& path, const std::map<std::string, int64_t>& fail) {
+    testing::TestWindow window({"VelmarisMAJ"});
     testing::VirtualTime time;
-    testing::RecordingShell shell;
-    for (const auto& [start, status] : row.fail) shell.AnswerWith(start, status);
-    testing::RecordingDialogs dialogs;
-    dialogs.OnShow = [&shell](const testing::ShownDialog& shown) { shell.Note(shown.Line()); };
-    class FenetreTelechargement& fenetre = FenetreTelechargement();
-    fenetre.TimerQuit().SetMode(0);
+    testing::Recording recording;
+    for (const auto& [start, status] : fail) recording.AnswerWith(start, status);
+    window->TimerQuit().SetMode(0);
     App().strURLGlobal = "http://update.example/downloads/files/Velmaris_2.1.0.dmg.zip";
-    App().strCheminApp = application;
-    _CallFunctionWithExceptionHandling([&fenetre] { fenetre.TimerInstallation_Action(fenetre.TimerInstallation()); });
-    EXPECT_EQ(shell.Commands(), row.seen) << row.name;
-    EXPECT_TRUE(RunIsEnding()) << row.name;
-    _ReleaseFenetreTelechargement();
+    App().strCheminApp = path;
+    _CallFunctionWithExceptionHandling([&window] { window->TimerInstallation_Action(window->TimerInstallation()); });
+    EXPECT_TRUE(RunIsEnding()) << path;
+    return recording.Seen();
+  };
+  fs::create_directories(application + "/Contents/MacOS");
+  for (const Row& row : rows) {
+    fs::remove(archive);
+    if (row.archive >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(row.archive), 'z'));
+    EXPECT_EQ(install(application, row.fail), row.seen) << row.name;
+  }
+  // rm -rf goes only to an existing folder named like a bundle that is neither the root nor home.
+  testing::WriteFile(archive, std::string(20000, 'z'));
+  for (const std::string folder : {"/Velmaris", "/.app"}) fs::create_directories(sandbox.At(folder));
+  fs::create_directory_symlink("/", sandbox.At("/Root.app"));
+  fs::create_directory_symlink(sandbox.At("/home"), sandbox.At("/Home.app"));
+  for (const std::string name : {"/Missing.app", "/Velmaris", "/.app", "/Root.app", "/Home.app"}) {
+    const std::string path = sandbox.At(name);
+    const std::vector<std::string> seen = {unzip, mount, kept, unmount, rmMacOSX, rmDownloads, "open \"" + path + "\""};
+    EXPECT_EQ(install(path, {}), seen) << path;
   }
 }
 
