@@ -32,18 +32,15 @@ struct Outcome {
   VelmarisMAJ app;
 };
 
-// Opens the window with those arguments and runs the dispatcher once;
-// before(time) may schedule actions on the virtual clock.
-Outcome Dispatch(const std::vector<std::string>& arguments,
-                 const std::function<void(testing::VirtualTime&)>& before = {}) {
+// Opens the window with those arguments and runs the dispatcher once, on
+// the caller's virtual time base.
+Outcome Dispatch(const std::vector<std::string>& arguments) {
   testing::TestWindow window(arguments);
-  testing::VirtualTime time;
   testing::Recording recording;
   window->TimerQuit().SetMode(0);
-  if (before) before(time);
-  const int64_t start = time.Now();
+  const int64_t start = Ticks();
   _CallFunctionWithExceptionHandling([&window] { window->TimerQuit_Action(window->TimerQuit()); });
-  return {recording.Seen(), (time.Now() - start) / 60, RunIsEnding(), window->Title(), App()};
+  return {recording.Seen(), (Ticks() - start) / 60, RunIsEnding(), window->Title(), App()};
 }
 
 class DispatcherTest : public ::testing::Test {
@@ -54,6 +51,7 @@ class DispatcherTest : public ::testing::Test {
 
   testing::Sandbox mSandbox;
   testing::TestServer mServer;
+  testing::VirtualTime mTime;
 };
 
 TEST_F(DispatcherTest, EveryRoad) {
@@ -100,9 +98,8 @@ TEST_F(DispatcherTest, EveryRoad) {
     const std::string backup = Data() + "/" + kBackup;
     if (row.backup == 0) testing::WriteFile(backup, "backup");
 
-    const Outcome run = Dispatch(row.arguments, [&](testing::VirtualTime& time) {
-      if (row.backup > 0) time.At(time.Now() + row.backup * 60, [&] { testing::WriteFile(backup, "backup"); });
-    });
+    if (row.backup > 0) mTime.At(mTime.Now() + row.backup * 60, [&] { testing::WriteFile(backup, "backup"); });
+    const Outcome run = Dispatch(row.arguments);
 
     EXPECT_EQ(run.seen, row.seen);
     EXPECT_EQ(run.seconds, row.seconds);
