@@ -57,44 +57,36 @@ TEST_F(RestaurerVelmarisDBTest, ResultsAndFilesInEveryCase) {
   restored["Velmaris.sqlite"] = "backup";
   struct Row {
     const char* name;
-    Files before;
-    std::string value;
+    Files before = kAll;
+    std::string value = kBackup;
     bool result = false;
-    Files after = {};  // {} for unchanged
+    Files after = {};                         // {} for unchanged
+    std::function<void()> interruption = {};  // half-way through the wait
   } rows[] = {
-      {.name = "marker, in other letters: all go",
-       .before = kAll,
-       .value = "x_init",
-       .result = true,
-       .after = kWithoutLive},
+      {.name = "marker, in other letters: all go", .value = "x_init", .result = true, .after = kWithoutLive},
       {.name = "marker, a database that can't be deleted", .before = {{"Velmaris.sqlite/x", ""}}, .value = "_INIT"},
-      {.name = "backup in place, side files gone", .before = kAll, .value = kBackup, .result = true, .after = restored},
-      {.name = "missing backup, nothing touched", .before = kAll, .value = "BackupsDB/missing.sqlite"},
+      {.name = "backup in place, side files gone", .result = true, .after = restored},
+      {.name = "missing backup, nothing touched", .value = "BackupsDB/missing.sqlite"},
+      // The live files come back when the copy can't take their place.
+      {.name = "copy removed", .interruption = [this] { fs::remove(Data() + "/Velmaris.sqlite.VelmarisMAJ-new"); }},
+      {.name = "run ended", .interruption = [] { Quit(0); }},
   };
   for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    ResetRunState();
     Lay(row.before);
     const int64_t start = mTime.Now();
-    EXPECT_EQ(App().RestaurerVelmarisDB(row.value), row.result) << row.name;
-    EXPECT_EQ(Found(), row.after.empty() ? row.before : row.after) << row.name;
-    // One second's wait when done; none when it fails before anything went.
-    EXPECT_EQ(mTime.Now() - start, row.result ? 60 : 0) << row.name;
-  }
-}
-
-// Something removes the copy during the wait; the run ends during the wait.
-TEST_F(RestaurerVelmarisDBTest, TheLiveFilesComeBackWhenTheCopyCantTakeTheirPlace) {
-  const std::function<void()> interruptions[] = {[this] { fs::remove(Data() + "/Velmaris.sqlite.VelmarisMAJ-new"); },
-                                                 [] { Quit(0); }};
-  for (const std::function<void()>& interruption : interruptions) {
-    ResetRunState();
-    Lay(kAll);
-    mTime.At(mTime.Now() + 30, interruption);
+    if (row.interruption) mTime.At(start + 30, row.interruption);
     try {
-      EXPECT_FALSE(App().RestaurerVelmarisDB(kBackup));
+      EXPECT_EQ(App().RestaurerVelmarisDB(row.value), row.result);
     } catch (const EndException&) {
       EXPECT_TRUE(RunIsEnding());
     }
-    EXPECT_EQ(Found(), kAll);
+    EXPECT_EQ(Found(), row.after.empty() ? row.before : row.after);
+    // One second's wait when done; none when it fails before anything went.
+    if (!row.interruption) {
+      EXPECT_EQ(mTime.Now() - start, row.result ? 60 : 0);
+    }
   }
 }
 
