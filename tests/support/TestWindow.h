@@ -20,9 +20,8 @@ class TestWindow {
     App().MenuBar = GetMainMenuBar();
     mWindow = &FenetreTelechargement();
   }
+  // Not copied: the TestApplication member forbids it.
   ~TestWindow() { _ReleaseFenetreTelechargement(); }
-  TestWindow(const TestWindow&) = delete;
-  TestWindow& operator=(const TestWindow&) = delete;
 
   Fenetre& operator*() const { return *mWindow; }
   Fenetre* operator->() const { return mWindow; }

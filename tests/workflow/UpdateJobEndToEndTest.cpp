@@ -21,8 +21,6 @@ namespace fs = std::filesystem;
 
 const std::string kDownloadFailed = "Errors encountered in downloading the update !";
 const std::string kInstallFailed = "Errors encountered in installing the update !";
-const std::string kFresh = "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.";
-const std::string kNoJob = "The launch of VelmarisMAJ must be initiated by Velmaris!";
 
 // Velmaris_<version>.dmg.zip in folder: a zip holding the disk image, whose
 // volume holds the application under the name given, with enough bytes that
@@ -76,7 +74,7 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "a corrupt zip", .version = "3.0.0", .messages = {kInstallFailed}},
       {.name = "no Velmaris.app in the image",
        .version = "4.0.0",
-       .messages = {kInstallFailed, kFresh},
+       .messages = {kInstallFailed, "A \u00ab\u00a0fresh\u00a0\u00bb installation is required."},
        .installed = "",
        .opened = ""},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris", .messages = {kInstallFailed}},
@@ -85,7 +83,7 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
       {.name = "a smuggling path",
        .application = "/Velmaris.app\";touch \"$HOME/smuggled",
-       .messages = {kNoJob},
+       .messages = {"The launch of VelmarisMAJ must be initiated by Velmaris!"},
        .opened = ""},
   };
   std::vector<std::unique_ptr<testing::ToolRun>> runs;
