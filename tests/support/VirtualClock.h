@@ -24,10 +24,9 @@ class VirtualTime {
     int64_t Ticks() override { return time->mTicks; }
     void BackgroundTask() override {
       ++time->mTicks;
+      // Taken out before it runs: an action may schedule others.
       while (!time->mActions.empty() && time->mActions.begin()->first <= time->mTicks) {
-        const std::function<void()> action = time->mActions.begin()->second;
-        time->mActions.erase(time->mActions.begin());
-        action();
+        time->mActions.extract(time->mActions.begin()).mapped()();
       }
       QCoreApplication::processEvents();
     }
