@@ -22,7 +22,6 @@ TEST(UpdateDownload, ProgressShowsThePercentageOrTheAmountThenTheEndHandsOver) {
     int64_t bar = 0;        // when not busy
     const char* label;
   } rows[] = {
-      {.received = 0, .total = 1000, .label = "0%"},
       {.received = 575, .total = 1000, .bar = 57, .label = "57%"},
       {.received = 999, .total = 1000, .bar = 99, .label = "100%"},
       {.received = 512000, .total = 0, .maximum = 0, .label = "512 KB"},
