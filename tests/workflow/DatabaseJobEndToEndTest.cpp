@@ -5,7 +5,6 @@
 
 #include <QProcess>
 #include <filesystem>
-#include <memory>
 
 #include "support/Sandbox.h"
 
@@ -29,6 +28,7 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
     std::string data = "/data home/Velmaris";                     // XDG_DATA_HOME is "/data home" unless under home
     std::string sauvedb = "BackupsDB/Velmaris 2024-05-01.sqlite";
     std::string rows = "B1 B2 B3";  // the database's rows afterwards; "" when it is gone
+    testing::ToolRun run = {};
   } rows[] = {
       {.name = "backup restored"},
       {.name = "_INIT removes", .data = "/home/.local/share/Velmaris", .sauvedb = "Velmaris_INIT", .rows = ""},
@@ -38,9 +38,8 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
        .application = "/Stick/Velmaris Portable.app",
        .data = "/Stick/Velmaris"},
   };
-  std::vector<std::unique_ptr<testing::ToolRun>> runs;
-  for (const Row& row : rows) {
-    testing::ToolRun& run = *runs.emplace_back(std::make_unique<testing::ToolRun>());
+  for (Row& row : rows) {
+    testing::ToolRun& run = row.run;
     // In WAL mode with no checkpoint at the end, as a main application that was killed leaves it.
     Sql(run.At(row.data + "/Velmaris.sqlite"),
         {".dbconfig no_ckpt_on_close on",
@@ -53,21 +52,19 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
     if (!row.data.starts_with("/home/")) variables["XDG_DATA_HOME"] = run.At("/data home");
     run.Start({"--REPAPP:" + run.At(row.application), "--SAUVEDB:" + row.sauvedb}, variables);
   }
-  for (size_t index = 0; index < runs.size(); ++index) {
-    const Row& row = rows[index];
-    testing::ToolRun& run = *runs[index];
+  for (Row& row : rows) {
     SCOPED_TRACE(row.name);
-    const std::string errors = run.Finish();
+    const std::string errors = row.run.Finish();
     EXPECT_NE(errors.find("Restore of the database backup in progress"), std::string::npos) << errors;
     EXPECT_EQ(errors.find("Errors encountered in restoring database backup !") != std::string::npos,
               row.rows == "A1 A2 A3");
-    const std::string live = run.At(row.data + "/Velmaris.sqlite");
+    const std::string live = row.run.At(row.data + "/Velmaris.sqlite");
     if (row.rows.empty()) {
       for (const char* side : {"", "-wal", "-shm", "-journal"}) EXPECT_FALSE(fs::exists(live + side)) << side;
     } else {
       EXPECT_EQ(Sql(live, {"PRAGMA integrity_check;", "SELECT group_concat(v, ' ') FROM t;"}), "ok\n" + row.rows);
     }
-    EXPECT_EQ(run.Opened(true), "opened 1\n");
+    EXPECT_EQ(row.run.Opened(true), "opened 1\n");
   }
 }
 

@@ -8,7 +8,6 @@
 #include <QTemporaryDir>
 #include <algorithm>
 #include <filesystem>
-#include <memory>
 
 #include "base/Shell.h"
 #include "support/Sandbox.h"
@@ -63,6 +62,7 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     std::vector<std::string> messages = {};                  // on stderr, in order
     std::string installed = "1";                             // the version afterwards; "" when gone
     std::string opened = "opened 1\n";                       // what the re-opened application wrote
+    testing::ToolRun run = {};
   } rows[] = {
       {.name = "success",
        .messages = {"Download Velmaris_2.0.0.dmg.zip in progress...", "100%", "Update installation in progress..."},
@@ -86,20 +86,17 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .messages = {"The launch of VelmarisMAJ must be initiated by Velmaris!"},
        .opened = ""},
   };
-  std::vector<std::unique_ptr<testing::ToolRun>> runs;
-  for (const Row& row : rows) {
-    testing::ToolRun& run = *runs.emplace_back(std::make_unique<testing::ToolRun>());
+  for (Row& row : rows) {
+    testing::ToolRun& run = row.run;
     testing::MakeApplication(run.At(row.application), "1");
     run.Start({"--REPAPP:" + run.At(row.application), "--MAJ:" + row.version},
               {{"VELMARIS_VOLUMES", run.At("/Volumes")},
                {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(row.port ? row.port : pythonPort)},
                {"VELMARIS_STALL_SECONDS", "1"}});
   }
-  for (size_t index = 0; index < runs.size(); ++index) {
-    const Row& row = rows[index];
-    testing::ToolRun& run = *runs[index];
+  for (Row& row : rows) {
     SCOPED_TRACE(row.name);
-    const std::string errors = run.Finish();
+    const std::string errors = row.run.Finish();
     size_t from = 0;
     for (const std::string& message : row.messages) {
       from = errors.find(message, from);
@@ -107,11 +104,11 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     }
     const bool failed = std::ranges::any_of(row.messages, [](const std::string& m) { return m.starts_with("Errors"); });
     EXPECT_EQ(errors.find("Errors encountered") != std::string::npos, failed) << errors;
-    EXPECT_EQ(testing::ReadFile(run.At(row.application + "/Contents/version.txt")), row.installed);
-    EXPECT_TRUE(fs::is_empty(run.At("/home/Downloads")));
-    EXPECT_TRUE(!fs::exists(run.At("/Volumes")) || fs::is_empty(run.At("/Volumes")));
-    EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
-    EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
+    EXPECT_EQ(testing::ReadFile(row.run.At(row.application + "/Contents/version.txt")), row.installed);
+    EXPECT_TRUE(fs::is_empty(row.run.At("/home/Downloads")));
+    EXPECT_TRUE(!fs::exists(row.run.At("/Volumes")) || fs::is_empty(row.run.At("/Volumes")));
+    EXPECT_FALSE(fs::exists(row.run.At("/home/smuggled")));
+    EXPECT_EQ(row.run.Opened(!row.opened.empty()), row.opened);
   }
 }
 
