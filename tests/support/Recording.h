@@ -4,6 +4,7 @@
 // runs or shows.
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
