@@ -54,17 +54,18 @@ TEST(DatabaseJobEndToEnd, TheBinaryRestoresRemovesOrKeepsTheDatabaseAndReopensTh
   }
   for (Row& row : rows) {
     SCOPED_TRACE(row.name);
-    const std::string errors = row.run.Finish();
+    testing::ToolRun& run = row.run;
+    const std::string errors = run.Finish();
     EXPECT_NE(errors.find("Restore of the database backup in progress"), std::string::npos) << errors;
     EXPECT_EQ(errors.find("Errors encountered in restoring database backup !") != std::string::npos,
               row.rows == "A1 A2 A3");
-    const std::string live = row.run.At(row.data + "/Velmaris.sqlite");
+    const std::string live = run.At(row.data + "/Velmaris.sqlite");
     if (row.rows.empty()) {
       for (const char* side : {"", "-wal", "-shm", "-journal"}) EXPECT_FALSE(fs::exists(live + side)) << side;
     } else {
       EXPECT_EQ(Sql(live, {"PRAGMA integrity_check;", "SELECT group_concat(v, ' ') FROM t;"}), "ok\n" + row.rows);
     }
-    EXPECT_EQ(row.run.Opened(true), "opened 1\n");
+    EXPECT_EQ(run.Opened(true), "opened 1\n");
   }
 }
 

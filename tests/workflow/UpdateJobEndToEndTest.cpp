@@ -96,7 +96,8 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   }
   for (Row& row : rows) {
     SCOPED_TRACE(row.name);
-    const std::string errors = row.run.Finish();
+    testing::ToolRun& run = row.run;
+    const std::string errors = run.Finish();
     size_t from = 0;
     for (const std::string& message : row.messages) {
       from = errors.find(message, from);
@@ -104,11 +105,11 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     }
     const bool failed = std::ranges::any_of(row.messages, [](const std::string& m) { return m.starts_with("Errors"); });
     EXPECT_EQ(errors.find("Errors encountered") != std::string::npos, failed) << errors;
-    EXPECT_EQ(testing::ReadFile(row.run.At(row.application + "/Contents/version.txt")), row.installed);
-    EXPECT_TRUE(fs::is_empty(row.run.At("/home/Downloads")));
-    EXPECT_TRUE(!fs::exists(row.run.At("/Volumes")) || fs::is_empty(row.run.At("/Volumes")));
-    EXPECT_FALSE(fs::exists(row.run.At("/home/smuggled")));
-    EXPECT_EQ(row.run.Opened(!row.opened.empty()), row.opened);
+    EXPECT_EQ(testing::ReadFile(run.At(row.application + "/Contents/version.txt")), row.installed);
+    EXPECT_TRUE(fs::is_empty(run.At("/home/Downloads")));
+    EXPECT_TRUE(!fs::exists(run.At("/Volumes")) || fs::is_empty(run.At("/Volumes")));
+    EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
+    EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
   }
 }
 
