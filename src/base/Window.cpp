@@ -1,6 +1,7 @@
 #include "base/Window.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QMenuBar>
 #include <QVBoxLayout>
 
@@ -28,6 +29,15 @@ void Window::_ShowIfVisible() {
   // The platform window is then made with the size constraints of the layout.
   mLayout->activate();
   show();
+}
+
+void Window::closeEvent(QCloseEvent* event) {
+  if (!CloseRequested) {
+    QWidget::closeEvent(event);
+    return;
+  }
+  event->ignore();
+  _CallFunctionWithExceptionHandling([this] { CloseRequested(*this); });
 }
 
 void Window::showEvent(QShowEvent* event) {

@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QWidget>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "base/Properties.h"
@@ -45,7 +46,13 @@ class Window : public QWidget {
 
   bool SetProperty(const std::string& name, const PropertyValue& value);
 
+  // The window manager, or the application's Quit, asks the window to close.
+  // With a handler the window stays and the handler decides what follows;
+  // without one it closes.
+  std::function<void(Window&)> CloseRequested;
+
  protected:
+  void closeEvent(QCloseEvent* event) override;
   void showEvent(QShowEvent* event) override;
 
  private:

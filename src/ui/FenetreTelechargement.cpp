@@ -99,6 +99,7 @@ FenetreTelechargement::FenetreTelechargement() : Window(App().MenuBar) {
   // Without a display these two say on stderr what the window would show.
   LabelTelechargement().SetHeadlessEcho(true);
   ProgressBarDonwload().SetHeadlessEcho(true);
+  CloseRequested = [this](Window& /*sender*/) { FermetureDemandee(); };
 }
 
 FenetreTelechargement::~FenetreTelechargement() = default;

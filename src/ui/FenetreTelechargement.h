@@ -57,11 +57,17 @@ class FenetreTelechargement : public Window {
   void BrancheMiseAJour(Shell& sh);
   void TimerInstallation_Action(Timer& sender);
   void Event_Open();
+  // The user ends the tool: File ▸ Quit, its shortcut, or the window closed
+  // by the window manager. An update that has not begun to install is called
+  // off first: what it downloaded goes and the main application is re-opened.
+  void FermetureDemandee();
 
  private:
   // The road of a download that can't go on: dialog, partial file removed,
   // main application re-opened, end of the run.
   void AbandonnerTelechargement();
+  // Stops the download and removes what it wrote.
+  void AnnulerTelechargement();
   // (Re)starts the watch that gives up a download receiving nothing.
   void SurveillerTelechargement();
 
@@ -78,6 +84,9 @@ class FenetreTelechargement : public Window {
   std::vector<std::unique_ptr<Control>> mInvisibleControls;
   // Ends a download that receives nothing for too long.
   Timer mSurveillanceTelechargement;
+  // From the start of the update branch until the installation begins: the
+  // installed application is untouched, and a Quit calls the update off.
+  bool mMiseAJourAnnulable = false;
 };
 
 // The window's one instance, made and opened (Event_Open, then shown) at the

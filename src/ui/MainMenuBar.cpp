@@ -1,6 +1,7 @@
 #include "ui/MainMenuBar.h"
 
 #include <QAction>
+#include <QApplication>
 #include <memory>
 
 #include "base/Runtime.h"
@@ -31,7 +32,13 @@ void MainMenuBar::Untitled0() {
   fileMenu->setObjectName(QStringLiteral("FileMenu"));
   QAction* fileQuit = AddItem(fileMenu, "FileQuit", "&Quit", "Ctrl+Q");
   fileQuit->setMenuRole(QAction::QuitRole);
-  connect(fileQuit, &QAction::triggered, this, [] { _CallFunctionWithExceptionHandling([] { Quit(0); }); });
+  // Each window hears of the end first, as when the window manager closes it.
+  connect(fileQuit, &QAction::triggered, this, [] {
+    _CallFunctionWithExceptionHandling([] {
+      QApplication::closeAllWindows();
+      Quit(0);
+    });
+  });
 }
 
 void MainMenuBar::Untitled1() {

@@ -57,6 +57,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   const String strVersionMAJ = app.RetournerValeurArgument("MAJ");
   const String strRepApp = app.RetournerValeurArgument("REPAPP");
   app.strCheminApp = strRepApp;
+  mMiseAJourAnnulable = true;
   app.PatienterSecondes(2);
   app.strURLGlobal = "http://" + ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
   app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
@@ -78,6 +79,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
     }
   }
   if (!bTelechargementLance) {
+    mMiseAJourAnnulable = false;
     mSurveillanceTelechargement.SetMode(0);
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute("open \"" + strRepApp + "\"");
@@ -119,14 +121,28 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
 void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t /*code*/) { AbandonnerTelechargement(); }
 
 void FenetreTelechargement::AbandonnerTelechargement() {
+  AnnulerTelechargement();
+  App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
+  Shell sh;
+  sh.Execute("open \"" + App().strCheminApp + "\"");
+  Quit(0);
+}
+
+void FenetreTelechargement::AnnulerTelechargement() {
+  mMiseAJourAnnulable = false;
   mSurveillanceTelechargement.SetMode(0);
   Downloader().Close();
-  App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   Downloader()._KillDownloadStream();
   auto partiel = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
   if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
-  Shell sh;
-  sh.Execute("open \"" + App().strCheminApp + "\"");
+}
+
+void FenetreTelechargement::FermetureDemandee() {
+  if (mMiseAJourAnnulable) {
+    AnnulerTelechargement();
+    Shell sh;
+    sh.Execute("open \"" + App().strCheminApp + "\"");
+  }
   Quit(0);
 }
 

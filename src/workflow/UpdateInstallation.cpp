@@ -41,6 +41,7 @@ bool ApplicationRemplacable(const String& strCheminApp) {
 }  // namespace
 
 void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
+  mMiseAJourAnnulable = false;
   VelmarisMAJ& app = App();
   Shell sh;
   bool bErreur = false;
