@@ -1,6 +1,9 @@
 #include "base/FolderItem.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 
 #include "base/TextOutputStream.h"
@@ -28,6 +31,11 @@ FolderItem::FolderItem(const std::string& path, PathModes /*pathMode*/) {
   mPath = WithoutTrailingSeparator(std::move(absolute));
 }
 
+bool FolderItem::Alias() const {
+  std::error_code error;
+  return fs::is_symlink(mPath, error);
+}
+
 Ref<FolderItem> FolderItem::Child(const std::string& name) const {
   return New<FolderItem>((mPath / name).string(), PathModes::Shell);
 }
@@ -39,6 +47,12 @@ void FolderItem::CopyFileTo(const Ref<FolderItem>& destination) {
     return;
   }
   fs::copy_file(mPath, _TargetPath(*destination), fs::copy_options::overwrite_existing, error);
+  mLastErrorCode = error.value();
+}
+
+void FolderItem::CreateAsFolder() {
+  std::error_code error;
+  if (!fs::create_directory(mPath, error) && !error) error = std::make_error_code(std::errc::file_exists);
   mLastErrorCode = error.value();
 }
 
@@ -64,6 +78,20 @@ bool FolderItem::Directory() const {
   return fs::is_directory(mPath, error);
 }
 
+void FolderItem::ExchangeWith(const Ref<FolderItem>& other) {
+#if defined(__APPLE__)
+  const int result = renamex_np(mPath.c_str(), other->mPath.c_str(), RENAME_SWAP);
+#elif defined(__linux__)
+  const int result = renameat2(AT_FDCWD, mPath.c_str(), AT_FDCWD, other->mPath.c_str(), RENAME_EXCHANGE);
+#else
+  const int result = -1;
+  errno = ENOTSUP;
+#endif
+  // A file system without the exchange says so in one of these.
+  const bool unsupported = result != 0 && (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP);
+  mLastErrorCode = result == 0 ? 0 : unsupported ? ENOTSUP : errno;
+}
+
 bool FolderItem::Exists() const {
   std::error_code error;
   return fs::exists(fs::symlink_status(mPath, error));
@@ -80,6 +108,8 @@ void FolderItem::MoveFileTo(const Ref<FolderItem>& destination) {
   fs::rename(mPath, _TargetPath(*destination), error);
   mLastErrorCode = error.value();
 }
+
+Ref<FolderItem> FolderItem::Parent() const { return New<FolderItem>(mPath.parent_path().string(), PathModes::Shell); }
 
 fs::path FolderItem::_TargetPath(const FolderItem& destination) const {
   std::error_code error;
