@@ -33,9 +33,11 @@ class ProcessExecutor : public ShellExecutor {
   static QProcessEnvironment Environment() {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 #if !defined(Q_OS_MACOS)
+    // The stand-in of open gives the application it starts the user's PATH back.
+    const QString path = environment.value(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin"));
     const QString standIns = QCoreApplication::applicationDirPath() + QStringLiteral("/macos-tools");
-    environment.insert(QStringLiteral("PATH"),
-                       standIns + u':' + environment.value(QStringLiteral("PATH"), QStringLiteral("/usr/bin:/bin")));
+    environment.insert(QStringLiteral("VELMARIS_USER_PATH"), path);
+    environment.insert(QStringLiteral("PATH"), standIns + u':' + path);
 #endif
     return environment;
   }
