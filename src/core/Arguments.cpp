@@ -22,6 +22,12 @@ std::string VelmarisMAJ::RetournerValeurArgument(const std::string& key) {
   return "";
 }
 
+std::string VelmarisMAJ::RetournerCheminApplication() {
+  std::string chemin = RetournerValeurArgument("REPAPP");
+  while (chemin.size() > 1 && chemin.back() == '/') chemin.pop_back();
+  return chemin;
+}
+
 std::string VelmarisMAJ::ExtraireNomFichier(const std::string& path) {
   int64_t count = 0;
   for (int64_t position = Len(path); position >= 1; --position) {

@@ -12,6 +12,7 @@
 namespace velmaris {
 
 class FolderItem;
+class InstanceLock;
 class TextOutputStream;
 
 class VelmarisMAJ : public Application {
@@ -31,6 +32,8 @@ class VelmarisMAJ : public Application {
 
   // Launch arguments (Arguments.cpp).
   std::string RetournerValeurArgument(const std::string& key);
+  // "REPAPP" without the "/" that may end it, which names the same application.
+  std::string RetournerCheminApplication();
   std::string ExtraireNomFichier(const std::string& path);
   std::string RecupererValeurParametre(const std::string& text, const std::string& key);
   std::string RetournerDernierMot(const std::string& text);
@@ -57,6 +60,13 @@ class VelmarisMAJ : public Application {
   // The database job; true when the backup is in place, or with "_INIT"
   // when the database is gone.
   bool RestaurerVelmarisDB(const std::string& sauvegarde);
+
+  // One run at a time per application: takes the lock on strCheminApp for
+  // the rest of the run; false when another run holds it (Dispatcher.cpp).
+  bool VerrouillerApplication();
+
+ private:
+  std::shared_ptr<InstanceLock> mVerrouApplication;
 };
 
 // The application object of the run. Raises NilObjectException when none is registered.

@@ -1,7 +1,11 @@
 // The dispatcher: runs once, on TimerQuit, and carries out the job that the
 // window's opening chose.
+#include <filesystem>
+#include <iostream>
+#include <system_error>
 #include <vector>
 
+#include "base/InstanceLock.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
 #include "base/SpecialFolder.h"
@@ -37,7 +41,7 @@ void DeterminerChemins() {
 void RestaurerBase(Window& fenetre, Shell& sh) {
   VelmarisMAJ& app = App();
   const std::string strSauvegarde = app.RetournerValeurArgument("SAUVEDB");
-  const std::string strRepApp = app.RetournerValeurArgument("REPAPP");
+  const std::string strRepApp = app.RetournerCheminApplication();
   app.PatienterSecondes(2);
   fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
   app.PatienterSecondes(2);
@@ -54,13 +58,26 @@ void RestaurerBase(Window& fenetre, Shell& sh) {
 
 }  // namespace
 
+bool VelmarisMAJ::VerrouillerApplication() {
+  // Every spelling of the path names one lock: links and "..", resolved.
+  std::error_code erreur;
+  const std::filesystem::path chemin = std::filesystem::weakly_canonical(strCheminApp, erreur);
+  mVerrouApplication = std::make_shared<InstanceLock>(erreur ? strCheminApp : chemin.string());
+  return mVerrouApplication->Held();
+}
+
 void FenetreTelechargement::TimerQuit_Action(Timer& /*sender*/) {
   Shell sh;
   if (App().bQuit) {
     App().AfficherMessage(Strings::kMsgBoxErreurMAJ0(), Strings::kMsgBoxVelmarisDispo(), true);
     Quit(0);
   }
-  App().strCheminApp = App().RetournerValeurArgument("REPAPP");
+  App().strCheminApp = App().RetournerCheminApplication();
+  // Two runs on one application would undo each other's work.
+  if (!App().VerrouillerApplication()) {
+    std::cerr << "VelmarisMAJ: another VelmarisMAJ is at work on " << App().strCheminApp << "; this one ends.\n";
+    Quit(0);
+  }
   if (App().strCheminApp != "") DeterminerChemins();
   if (App().bSauvegardeDB) RestaurerBase(*this, sh);
   if (App().bMAJ) BrancheMiseAJour(sh);

@@ -58,12 +58,31 @@ class RetourArriere {
   bool mValide = false;
 };
 
+// A run that ended while the live files were set aside left them there.
+// Without a live database they come back; beside one, a copy has taken
+// their place, and they go.
+void RecupererMisDeCote(const std::string& strCheminBase) {
+  const bool bBaseAbsente = !Fichier(strCheminBase)->Exists();
+  for (const char* suffixe : kFichiersBase) {
+    const auto deCote = Fichier(strCheminBase + suffixe + kSuffixeMisDeCote);
+    if (!deCote->Exists()) continue;
+    if (bBaseAbsente) {
+      deCote->MoveFileTo(Fichier(strCheminBase + suffixe));
+    } else {
+      deCote->Delete();
+    }
+  }
+  const auto copie = Fichier(strCheminBase + kSuffixeCopie);
+  if (copie->Exists()) copie->Delete();
+}
+
 }  // namespace
 
 bool VelmarisMAJ::RestaurerVelmarisDB(const std::string& sauvegarde) {
   const std::string strCheminData = strCheminAppData;
   try {
     const std::string strCheminBase = strCheminData + "/Velmaris.sqlite";
+    RecupererMisDeCote(strCheminBase);
 
     if (InStr(sauvegarde, "_INIT") > 0) {
       for (const char* suffixe : kFichiersBase) {
