@@ -5,6 +5,7 @@
 #include "base/Exceptions.h"
 #include "base/Properties.h"
 #include "base/Runtime.h"
+#include "base/StringFunctions.h"
 #include "core/VelmarisMAJ.h"
 #include "ui/Downloader.h"
 #include "ui/Pictures.h"
@@ -120,7 +121,10 @@ void FenetreTelechargement::_CreateControls0() {
     Downloader_ReceiveProgress(sender, bytesReceived, totalBytes, newData);
   };
   Downloader().Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
-  mSurveillanceTelechargement.Action = [this](Timer& /*sender*/) { AbandonnerTelechargement(); };
+  mSurveillanceTelechargement.Action = [this](Timer& sender) {
+    AbandonnerTelechargement("nothing arrived for " + Format(static_cast<double>(sender.Period()) / 1000.0, "0.#") +
+                             " s");
+  };
 
   _AddControl("ImageLogo", _NewControl<Canvas>());
   ImageLogo().SetBackdrop(Logo());

@@ -55,6 +55,10 @@ class FenetreTelechargement : public Window {
   // The update branch of TimerQuit_Action; sh re-opens the main application
   // when the download can't be started.
   void BrancheMiseAJour(Shell& sh);
+  // Before a download: what an update that ended half-way left behind is
+  // put right. An old application set aside goes back in its place, copies
+  // and downloads go, and the volume is unmounted.
+  void RecupererInstallationInterrompue(Shell& sh);
   void TimerInstallation_Action(Timer& sender);
   void Event_Open();
   // The user ends the tool: File ▸ Quit, its shortcut, or the window closed
@@ -63,13 +67,15 @@ class FenetreTelechargement : public Window {
   void FermetureDemandee();
 
  private:
-  // The road of a download that can't go on: dialog, partial file removed,
-  // main application re-opened, end of the run.
-  void AbandonnerTelechargement();
+  // The road of a download that can't go on: the reason on stderr, dialog,
+  // partial files removed, main application re-opened, end of the run.
+  [[noreturn]] void AbandonnerTelechargement(const std::string& raison);
   // Stops the download and removes what it wrote.
   void AnnulerTelechargement();
   // (Re)starts the watch that gives up a download receiving nothing.
   void SurveillerTelechargement();
+  // Starts the Downloader's download of the URL into the file, watched.
+  void Telecharger(const std::string& url, const Ref<FolderItem>& fichier);
 
   // A new control of that class: a widget in the content area, or an
   // invisible control that the window owns.
@@ -87,6 +93,8 @@ class FenetreTelechargement : public Window {
   // From the start of the update branch until the installation begins: the
   // installed application is untouched, and a Quit calls the update off.
   bool mMiseAJourAnnulable = false;
+  // The body bytes of the download under way, as they arrived.
+  int64_t mOctetsRecus = 0;
 };
 
 // The window's one instance, made and opened (Event_Open, then shown) at the

@@ -1,8 +1,9 @@
-// The update job's first half: the update branch of the dispatcher starts
-// the download of the new version into the Downloads folder; the
-// Downloader's events move the progress display and hand over to the
-// installation.
+// The update job's first half: the update branch of the dispatcher puts
+// right what an interrupted update left and starts the download of the new
+// version into the Downloads folder; the Downloader's events move the
+// progress display, check what arrived and hand over to the installation.
 #include <algorithm>
+#include <iostream>
 
 #include "base/FolderItem.h"
 #include "base/Runtime.h"
@@ -50,12 +51,26 @@ String TailleRecue(int64_t bytes) {
   return Format(static_cast<double>(bytes) / 1000000.0, "0.0") + " MB";
 }
 
+// Why what arrived is not the archive, or "" when it is: the whole body of
+// a 200 answer, every byte of it written.
+String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& headers, int64_t recus,
+                            const Ref<FolderItem>& fichier) {
+  if (httpStatus != 200) return "the server answered " + Str(httpStatus) + " instead of 200";
+  if (!headers.IsNil() && headers->_HasHeader("Content-Length")) {
+    const int64_t annonce = ToInteger(Val(headers->Value("Content-Length")));
+    if (recus != annonce) return "the connection ended after " + Str(recus) + " of " + Str(annonce) + " bytes";
+  }
+  const auto ecrits = static_cast<int64_t>(fichier->Length());
+  if (ecrits != recus) return Str(recus) + " bytes arrived but " + Str(ecrits) + " were written (is the disk full?)";
+  return "";
+}
+
 }  // namespace
 
 void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   VelmarisMAJ& app = App();
   const String strVersionMAJ = app.RetournerValeurArgument("MAJ");
-  const String strRepApp = app.RetournerValeurArgument("REPAPP");
+  const String strRepApp = app.RetournerCheminApplication();
   app.strCheminApp = strRepApp;
   mMiseAJourAnnulable = true;
   app.PatienterSecondes(2);
@@ -69,10 +84,11 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
 
   bool bTelechargementLance = false;
   if (VersionSure(strVersionMAJ)) {
+    RecupererInstallationInterrompue(sh);
     try {
       auto fichierTelecharge = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
-      SurveillerTelechargement();
-      Downloader().Get(app.strURLGlobal, fichierTelecharge);
+      if (!fichierTelecharge->Parent()->Exists()) fichierTelecharge->Parent()->CreateAsFolder();
+      Telecharger(app.strURLGlobal, fichierTelecharge);
       bTelechargementLance = true;
     } catch (const IOException&) {
     } catch (const UnsupportedFormatException&) {
@@ -91,6 +107,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
 void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, int64_t bytesReceived,
                                                        int64_t totalBytes, const std::string& /*newData*/) {
   SurveillerTelechargement();
+  mOctetsRecus = bytesReceived;
   if (totalBytes < 1) {
     // No length announced: a busy bar, and the amount received so far.
     ProgressBarDonwload().SetMaximum(0);
@@ -108,9 +125,13 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
 }
 
 void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
-                                                        int64_t /*httpStatus*/, const Ref<InternetHeaders>& /*headers*/,
-                                                        const Ref<FolderItem>& /*file*/) {
+                                                        int64_t httpStatus, const Ref<InternetHeaders>& headers,
+                                                        const Ref<FolderItem>& file) {
   mSurveillanceTelechargement.SetMode(0);
+  // A page of another status, a body cut short or a write that failed is no
+  // archive: the download's failure, before anything is unzipped.
+  const String defaut = DefautTelechargement(httpStatus, headers, mOctetsRecus, file);
+  if (defaut != "") AbandonnerTelechargement(defaut);
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
@@ -118,9 +139,12 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   TimerInstallation().SetMode(1);
 }
 
-void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t /*code*/) { AbandonnerTelechargement(); }
+void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t code) {
+  AbandonnerTelechargement("the connection failed (socket error " + Str(code) + ")");
+}
 
-void FenetreTelechargement::AbandonnerTelechargement() {
+void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
+  std::cerr << "VelmarisMAJ: the download failed: " << raison << "\n";
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   Shell sh;
@@ -133,8 +157,10 @@ void FenetreTelechargement::AnnulerTelechargement() {
   mSurveillanceTelechargement.SetMode(0);
   Downloader().Close();
   Downloader()._KillDownloadStream();
-  auto partiel = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
-  if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
+  for (const String& chemin : {CheminTelechargement(), CheminTelechargement() + ".minisig"}) {
+    auto partiel = New<FolderItem>(chemin, FolderItem::PathModes::Shell);
+    if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
+  }
 }
 
 void FenetreTelechargement::FermetureDemandee() {
@@ -149,6 +175,12 @@ void FenetreTelechargement::FermetureDemandee() {
 void FenetreTelechargement::SurveillerTelechargement() {
   mSurveillanceTelechargement.SetPeriod(DelaiInactiviteMillisecondes());
   mSurveillanceTelechargement.SetMode(1);
+}
+
+void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {
+  mOctetsRecus = 0;
+  SurveillerTelechargement();
+  Downloader().Get(url, fichier);
 }
 
 }  // namespace velmaris

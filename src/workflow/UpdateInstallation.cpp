@@ -1,13 +1,18 @@
 // The update job's second half, on TimerInstallation: the archive in the
-// Downloads folder is checked, unzipped, mounted and copied over the
-// installed application by one run of shell commands, then everything
-// downloaded is removed and the new application is opened.
+// Downloads folder is checked, unzipped and mounted; the new application is
+// checked, copied beside the installed one and put in its place in one
+// step; then the old copy and everything downloaded go, and the new
+// application is opened. Until that step the installed application is not
+// touched, and at every instant a whole application, old or new, stands at
+// its path.
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 #include "base/FolderItem.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
+#include "base/SpecialFolder.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
 #include "core/VelmarisMAJ.h"
@@ -18,94 +23,198 @@ namespace velmaris {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 // An archive below this size is an error page, not a release.
 constexpr int64_t kTailleMinimaleArchive = 10000;
 
 String Guillemets(const String& path) { return "\"" + path + "\""; }
 
-// "rm -rf" runs on the installed application only when it is a folder named
-// like an application bundle, and neither the root nor the home folder.
-bool ApplicationRemplacable(const String& strCheminApp) {
-  const std::filesystem::path chemin(strCheminApp);
+Ref<FolderItem> Dossier(const String& chemin) { return New<FolderItem>(chemin, FolderItem::PathModes::Shell); }
+
+// The files and command lines of one update, worked out from the download's
+// URL and the installed application's path.
+struct Installation {
+  Installation() {
+    VelmarisMAJ& app = App();
+    strFichierZip = app.ExtraireNomFichier(app.strURLGlobal);
+    strFichierDMG = Replace(strFichierZip, ".zip", "");
+    strVolume = Replace(strFichierDMG, ".dmg", "");
+    strCheminTelechargement = System::EnvironmentVariable("HOME") + "/Downloads/" + strFichierZip;
+    application = Dossier(app.strCheminApp);
+    // Beside the installed application, so on its volume: the names can be exchanged.
+    copieEntrante = application->Parent()->Child("." + application->Name() + ".incoming");
+    copieSortante = application->Parent()->Child("." + application->Name() + ".outgoing");
+    volume = SpecialFolder::Volumes()->Child(strVolume);
+
+    unzip = "unzip -o -d ~/Downloads ~/Downloads/" + strFichierZip;
+    mount = "hdiutil mount ~/Downloads/" + strFichierDMG;
+    removeResourceFolder = "rm -rf ~/Downloads/__MACOSX";
+    copyApplication = "ditto -rsrc /Volumes/" + strVolume + "/Velmaris.app " + Guillemets(copieEntrante->NativePath());
+    unmount = "hdiutil unmount /Volumes/" + strVolume;
+    removeArchive = "rm ~/Downloads/" + strFichierZip;
+    removeDownloads = "rm ~/Downloads/" + strFichierDMG + " ~/Downloads/" + strFichierZip;
+    if (Dossier(strCheminTelechargement + ".minisig")->Exists())
+      removeDownloads += " ~/Downloads/" + strFichierZip + ".minisig";
+    openApplication = "open " + Guillemets(app.strCheminApp);
+  }
+
+  String strFichierZip, strFichierDMG, strVolume, strCheminTelechargement;
+  Ref<FolderItem> application, copieEntrante, copieSortante, volume;
+  String unzip, mount, removeResourceFolder, copyApplication, unmount, removeArchive, removeDownloads, openApplication;
+  const String wait = "Sleep 1";
+};
+
+String RemoveFolder(const Ref<FolderItem>& dossier) { return "rm -rf " + Guillemets(dossier->NativePath()); }
+
+// A real folder here: a link, even to a folder, is not.
+bool DossierReel(const fs::path& chemin) {
   std::error_code erreur;
-  if (!chemin.is_absolute() || !std::filesystem::is_directory(chemin, erreur)) return false;
-  const String nom = App().ExtraireNomFichier(strCheminApp);
-  if (!TextEquals(Right(nom, 4), ".app") || Len(nom) < 5) return false;
+  return fs::is_directory(fs::symlink_status(chemin, erreur));
+}
+
+// The new application on the volume must be a real folder, not a link,
+// holding at least one program in Contents/MacOS, itself no link either.
+bool ApplicationInstallable(const Ref<FolderItem>& source) {
+  const fs::path programmes = fs::path(source->NativePath()) / "Contents" / "MacOS";
+  if (!DossierReel(source->NativePath()) || !DossierReel(programmes.parent_path()) || !DossierReel(programmes)) {
+    return false;
+  }
+  std::error_code erreur;
+  for (const fs::directory_entry& entree : fs::directory_iterator(programmes, erreur)) {
+    const fs::file_status etat = entree.symlink_status(erreur);
+    if (fs::is_regular_file(etat) && (etat.permissions() & fs::perms::owner_exec) != fs::perms::none) return true;
+  }
+  return false;
+}
+
+// The installed application is replaced only where it is a folder named
+// like an application bundle, and neither the root nor the home folder; or,
+// after a run that ended half-way, where nothing stands at its path yet its
+// folder exists.
+bool ApplicationRemplacable(const String& strCheminApp, const Ref<FolderItem>& application) {
+  const fs::path chemin(strCheminApp);
+  const String nom = application->Name();
+  if (!chemin.is_absolute() || !TextEquals(Right(nom, 4), ".app") || Len(nom) < 5) return false;
+  if (!application->Exists()) return application->Parent()->Directory();
+  if (!application->Directory()) return false;
+  std::error_code erreur;
   const String home = System::EnvironmentVariable("HOME");
   for (const String& interdit : {String("/"), home}) {
-    if (interdit != "" && std::filesystem::equivalent(chemin, interdit, erreur)) return false;
+    if (interdit != "" && fs::equivalent(chemin, interdit, erreur)) return false;
   }
   return true;
 }
 
+// Puts the new copy in the place of the installed application, so that a
+// whole application stands at its path at every instant: in one step where
+// the system exchanges two names, elsewhere by two renames, the installed
+// one put back if the second fails. The old copy, if there was one, ends up
+// at copieSortante or, where that last rename fails, at copieEntrante.
+// False when nothing has changed at the application's path.
+bool Permuter(const Installation& installation) {
+  const Ref<FolderItem>& application = installation.application;
+  const Ref<FolderItem>& entrante = installation.copieEntrante;
+  const Ref<FolderItem>& sortante = installation.copieSortante;
+  if (sortante->Exists()) return false;
+  if (!application->Exists()) {
+    entrante->MoveFileTo(application);
+    return entrante->LastErrorCode() == 0;
+  }
+  entrante->ExchangeWith(application);
+  if (entrante->LastErrorCode() == 0) {
+    entrante->MoveFileTo(sortante);
+    return true;
+  }
+  if (entrante->LastErrorCode() != ENOTSUP) return false;
+  application->MoveFileTo(sortante);
+  if (application->LastErrorCode() != 0) return false;
+  entrante->MoveFileTo(application);
+  if (entrante->LastErrorCode() == 0) return true;
+  sortante->MoveFileTo(application);
+  return false;
+}
+
+// The installed application has not been touched: the user is told, what
+// was copied, mounted and downloaded goes, and the application is re-opened.
+[[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte) {
+  App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
+  if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
+  if (bMonte) sh.Execute(installation.unmount);
+  sh.Execute(installation.removeResourceFolder);
+  sh.Execute(installation.removeDownloads);
+  sh.Execute(installation.openApplication);
+  Quit(0);
+}
+
 }  // namespace
+
+void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
+  const Installation installation;
+  // A run that ended between two renames left nothing at the application's
+  // path, and the old application beside it.
+  if (!installation.application->Exists() && installation.copieSortante->Directory()) {
+    installation.copieSortante->MoveFileTo(installation.application);
+  }
+  for (const Ref<FolderItem>& copie : {installation.copieEntrante, installation.copieSortante}) {
+    if (copie->Exists()) sh.Execute(RemoveFolder(copie));
+  }
+  // Mounted again over it, a volume of the same name would hide the new one.
+  if (installation.volume->Exists()) sh.Execute(installation.unmount);
+  const String telechargements = System::EnvironmentVariable("HOME") + "/Downloads/";
+  if (Dossier(telechargements + "__MACOSX")->Exists()) sh.Execute(installation.removeResourceFolder);
+  for (const String& fichier :
+       {installation.strFichierZip, installation.strFichierDMG, installation.strFichierZip + ".minisig"}) {
+    const auto reste = Dossier(telechargements + fichier);
+    if (reste->Exists() && !reste->Directory()) reste->Delete();
+  }
+}
 
 void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   mMiseAJourAnnulable = false;
   VelmarisMAJ& app = App();
   Shell sh;
-  bool bErreur = false;
-  const String strFichierZip = app.ExtraireNomFichier(app.strURLGlobal);
-  const String strFichierDMG = Replace(strFichierZip, ".zip", "");
-  const String strVolume = Replace(strFichierDMG, ".dmg", "");
-  const String strCheminTelechargement = System::EnvironmentVariable("HOME") + "/Downloads/" + strFichierZip;
+  const Installation installation;
 
-  const String unzip = "unzip -o -d ~/Downloads ~/Downloads/" + strFichierZip;
-  const String mount = "hdiutil mount ~/Downloads/" + strFichierDMG;
-  const String removeApplication = "rm -rf " + Guillemets(app.strCheminApp);
-  const String removeResourceFolder = "rm -rf ~/Downloads/__MACOSX";
-  const String copyApplication = "ditto -rsrc /Volumes/" + strVolume + "/Velmaris.app " + Guillemets(app.strCheminApp);
-  const String unmount = "hdiutil unmount /Volumes/" + strVolume;
-  const String removeArchive = "rm ~/Downloads/" + strFichierZip;
-  const String removeDownloads = "rm ~/Downloads/" + strFichierDMG + " ~/Downloads/" + strFichierZip;
-  const String openApplication = "open " + Guillemets(app.strCheminApp);
-  const String wait = "Sleep 1";
-
-  if (app.ExisteRepertoire(strCheminTelechargement) != 0) {
+  if (app.ExisteRepertoire(installation.strCheminTelechargement) != 0) {
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
-    sh.Execute(openApplication);
+    sh.Execute(installation.openApplication);
     Quit(0);
   }
-  if (app.RetournerTailleFichier(strCheminTelechargement) < kTailleMinimaleArchive) {
+  if (app.RetournerTailleFichier(installation.strCheminTelechargement) < kTailleMinimaleArchive) {
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
-    sh.Execute(removeArchive);
-    sh.Execute(openApplication);
+    sh.Execute(installation.removeArchive);
+    sh.Execute(installation.openApplication);
     Quit(0);
   }
 
-  sh.Execute(unzip);
-  if (sh.ErrorCode() != 0) bErreur = true;
-  sh.Execute(mount);
-  if (sh.ErrorCode() != 0) bErreur = true;
-  if (bErreur || !ApplicationRemplacable(app.strCheminApp)) {
-    // Nothing of the installed application has been touched. A volume that
-    // was mounted for an application that can't be replaced goes again.
-    app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
-    if (!bErreur) sh.Execute(unmount);
-    sh.Execute(removeResourceFolder);
-    sh.Execute(removeDownloads);
-    sh.Execute(openApplication);
-    Quit(0);
+  sh.Execute(installation.unzip);
+  const bool bDezippe = sh.ErrorCode() == 0;
+  sh.Execute(installation.mount);
+  const bool bMonte = sh.ErrorCode() == 0;
+  if (!bDezippe || !bMonte || !ApplicationInstallable(installation.volume->Child("Velmaris.app")) ||
+      !ApplicationRemplacable(app.strCheminApp, installation.application)) {
+    AbandonnerInstallation(sh, installation, bMonte);
   }
 
-  sh.Execute(removeApplication);
+  sh.Execute(installation.copyApplication);
+  if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte);
+  sh.Execute(installation.wait);
+  if (!Permuter(installation)) AbandonnerInstallation(sh, installation, bMonte);
+
+  // The new application is in place: what is left is clean-up, whose
+  // failures the next run's recovery takes up.
+  for (const Ref<FolderItem>& ancienne : {installation.copieSortante, installation.copieEntrante}) {
+    if (ancienne->Exists()) sh.Execute(RemoveFolder(ancienne));
+  }
+  sh.Execute(installation.removeResourceFolder);
+  sh.Execute(installation.unmount);
+  sh.Execute(installation.wait);
+  sh.Execute(installation.removeDownloads);
+  sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
-    bErreur = true;
-  } else {
-    sh.Execute(wait);
+    app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
   }
-  sh.Execute(removeResourceFolder);
-  sh.Execute(copyApplication);
-  if (sh.ErrorCode() != 0) bErreur = true;
-  sh.Execute(wait);
-  sh.Execute(unmount);
-  sh.Execute(wait);
-  sh.Execute(removeDownloads);
-  if (!bErreur) {
-    sh.Execute(openApplication);
-    if (sh.ErrorCode() != 0) bErreur = true;
-  }
-  if (bErreur) app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
   Quit(0);
 }
 
