@@ -4,27 +4,33 @@
 // sandbox applications that both re-open.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 
+#include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 
 #include "support/Files.h"
 
 namespace velmaris::testing {
 
-// A temporary folder whose "/home" is HOME and holds Downloads, and whose
-// "/data" is XDG_DATA_HOME. Every variable set gets its value back at the end.
+// A temporary folder whose "/home" is HOME and holds Downloads, whose
+// "/data" is XDG_DATA_HOME and whose "/tmp" is TMPDIR, where the tool's locks
+// go. Every variable set gets its value back at the end.
 class Sandbox {
  public:
   Sandbox() {
     std::filesystem::create_directories(At("/home/Downloads"));
+    std::filesystem::create_directories(At("/tmp"));
     Set("HOME", At("/home"));
     Set("XDG_DATA_HOME", At("/data"));
+    Set("TMPDIR", At("/tmp"));
   }
   ~Sandbox() {
     for (const auto& [name, value] : mSaved) value ? setenv(name.c_str(), value->c_str(), 1) : unsetenv(name.c_str());
@@ -42,31 +48,83 @@ class Sandbox {
 };
 
 // An application bundle of that version whose executable, when open starts
-// it, appends "opened <version>" to $HOME/opened.txt.
-inline void MakeApplication(const std::string& bundle, const std::string& version) {
+// it, appends "opened <version>" to $HOME/opened.txt; with that many more
+// files in Contents/Resources, each of which holds the version, and their
+// number in Contents/manifest.txt.
+inline void MakeApplication(const std::string& bundle, const std::string& version, int resources = 0) {
   std::filesystem::create_directories(bundle + "/Contents/MacOS");
+  std::filesystem::create_directories(bundle + "/Contents/Resources");
   WriteFile(bundle + "/Contents/version.txt", version);
   WriteFile(bundle + "/Contents/MacOS/Velmaris",
             "#!/bin/sh\necho \"opened " + version + "\" >> \"$HOME/opened.txt\"\n");
   std::filesystem::permissions(bundle + "/Contents/MacOS/Velmaris", std::filesystem::perms(0755));
+  for (int i = 0; i < resources; ++i) WriteFile(bundle + "/Contents/Resources/" + std::to_string(i), version);
+  WriteFile(bundle + "/Contents/manifest.txt", std::to_string(resources));
 }
 
-// One run of the binary without a display, with HOME at "/home" in a folder
-// of its own, which holds Downloads, and no XDG_DATA_HOME unless given.
+// The version of the whole application at bundle: "" when nothing stands
+// there, "mixed" when a file of its manifest is missing or of another version.
+inline std::string InstalledVersion(const std::string& bundle) {
+  namespace fs = std::filesystem;
+  if (!fs::exists(fs::symlink_status(bundle))) return "";
+  const std::string version = ReadFile(bundle + "/Contents/version.txt");
+  if (version.empty() || !fs::is_regular_file(bundle + "/Contents/MacOS/Velmaris")) return "mixed";
+  std::error_code error;
+  int resources = 0;
+  for (const auto& file : fs::directory_iterator(bundle + "/Contents/Resources", error)) {
+    if (ReadFile(file.path()) != version) return "mixed";
+    ++resources;
+  }
+  return std::to_string(resources) == ReadFile(bundle + "/Contents/manifest.txt") ? version : "mixed";
+}
+
+// One run of the binary without a display, with HOME at "/home" and TMPDIR
+// at "/tmp" in a folder of its own, or of another run's, and no
+// XDG_DATA_HOME unless given. It may be started again once it has ended.
 class ToolRun {
  public:
-  std::string At(const std::string& path) const { return mFolder.path().toStdString() + path; }
+  ToolRun() : ToolRun(std::make_shared<QTemporaryDir>()) {}
+  explicit ToolRun(std::shared_ptr<QTemporaryDir> folder) : mFolder(std::move(folder)) {}
+  const std::shared_ptr<QTemporaryDir>& Folder() const { return mFolder; }
+  std::string At(const std::string& path) const { return mFolder->path().toStdString() + path; }
   void Start(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& variables) {
-    std::filesystem::create_directories(At("/home/Downloads"));
+    std::filesystem::create_directories(At("/home"));
+    std::filesystem::create_directories(At("/tmp"));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME"})
       environment.remove(name);
     environment.insert("HOME", QString::fromStdString(At("/home")));
+    environment.insert("TMPDIR", QString::fromStdString(At("/tmp")));
     for (const auto& [name, value] : variables) environment.insert(name.c_str(), QString::fromStdString(value));
     QStringList list;
     for (const std::string& argument : arguments) list << QString::fromStdString(argument);
     mTool.setProcessEnvironment(environment);
     mTool.start(VELMARIS_BINARY, list);
+  }
+  // The binary's process and those it started that run on, with their names.
+  std::map<qint64, std::string> Family() const {
+    std::map<qint64, std::string> family = {{mTool.processId(), "VelmarisMAJ"}};
+    for (bool grew = true; grew;) {
+      grew = false;
+      for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
+        if (entry.toLongLong() == 0) continue;
+        const std::string process = "/proc/" + entry.toStdString();
+        // "pid (name) state ppid ...": the fields behind the name start with the state.
+        const QStringList stat =
+            QString::fromStdString(ReadFile(process + "/stat")).section(')', -1).split(' ', Qt::SkipEmptyParts);
+        if (stat.size() > 1 && family.contains(stat[1].toLongLong()) && !family.contains(entry.toLongLong())) {
+          family[entry.toLongLong()] = QString::fromStdString(ReadFile(process + "/comm")).trimmed().toStdString();
+          grew = true;
+        }
+      }
+    }
+    return family;
+  }
+  // Kills the binary and every process it started, as a power cut would.
+  void Kill() {
+    for (const auto& [pid, name] : Family()) ::kill(static_cast<pid_t>(pid), SIGKILL);
+    mTool.waitForFinished(10000);
+    mTool.readAllStandardError();
   }
   // Waits for the end, which must be an exit with status 0; gives stderr.
   std::string Finish() {
@@ -78,14 +136,14 @@ class ToolRun {
   // What the re-opened applications wrote. open returns before the
   // application has run, so an expected opening is given a few seconds.
   std::string Opened(bool expected) const {
-    for (int wait = 0; expected && wait < 50 && !std::filesystem::exists(At("/home/opened.txt")); ++wait) {
+    for (int wait = 0; expected && wait < 100 && !std::filesystem::exists(At("/home/opened.txt")); ++wait) {
       QThread::msleep(100);
     }
     return ReadFile(At("/home/opened.txt"));
   }
 
  private:
-  QTemporaryDir mFolder;
+  std::shared_ptr<QTemporaryDir> mFolder;
   QProcess mTool;
 };
 

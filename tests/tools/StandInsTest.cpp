@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "base/Shell.h"
+#include "base/System.h"
 #include "support/Sandbox.h"
 
 namespace velmaris {
@@ -64,18 +65,23 @@ TEST_F(StandInsTest, DiskImagesMountCopyAndUnmount) {
     fs::remove_all(At("/Applications"));
   }
   fs::create_directories(At("/Elsewhere"));
+  fs::create_directory_symlink(At("/image/Velmaris.app"), At("/Elsewhere/Link.app"));
   testing::WriteFile(At("/Downloads/Broken.dmg"), std::string(4096, '\x17'));
+  // ditto copies no folder through a link: a link to / would bring everything.
   for (const std::string& command :
        {"hdiutil mount '" + At("/Downloads/Broken.dmg") + "'", "hdiutil unmount '" + At("/Elsewhere") + "'",
-        std::string("hdiutil unmount /Volumes/..")}) {
+        std::string("hdiutil unmount /Volumes/.."),
+        "ditto -rsrc '" + At("/Elsewhere/Link.app") + "' '" + At("/Elsewhere/Copy.app") + "'"}) {
     EXPECT_NE(Run(command + " 2>/dev/null"), 0) << command;
   }
-  EXPECT_TRUE(fs::is_empty(At("/Volumes")) && fs::exists(At("/Elsewhere")));
+  EXPECT_TRUE(fs::is_empty(At("/Volumes")) && !fs::exists(At("/Elsewhere/Copy.app")));
 }
 
+// The application gets the user's own PATH, without the stand-ins.
 TEST_F(StandInsTest, OpenStartsABundleAndReturnsAtOnce) {
   const std::string bundle = At("/image/Velmaris.app");
-  testing::WriteFile(bundle + "/Contents/MacOS/Velmaris", "#!/bin/sh\necho opened >> \"$HOME/opened.txt\"\nsleep 3\n");
+  testing::WriteFile(bundle + "/Contents/MacOS/Velmaris",
+                     "#!/bin/sh\necho \"opened $PATH\" >> \"$HOME/opened.txt\"\nsleep 3\n");
   fs::create_directories(At("/Empty.app/Contents/MacOS"));
   QElapsedTimer elapsed;
   elapsed.start();
@@ -84,7 +90,7 @@ TEST_F(StandInsTest, OpenStartsABundleAndReturnsAtOnce) {
   for (const char* nothing : {"/Empty.app", "/Missing.app"})
     EXPECT_NE(Run("open '" + At(nothing) + "' 2>/dev/null"), 0) << nothing;
   for (int wait = 0; wait < 50 && !fs::exists(At("/home/opened.txt")); ++wait) QThread::msleep(100);
-  EXPECT_EQ(testing::ReadFile(At("/home/opened.txt")), "opened\n");
+  EXPECT_EQ(testing::ReadFile(At("/home/opened.txt")), "opened " + System::EnvironmentVariable("PATH") + "\n");
 }
 
 }  // namespace

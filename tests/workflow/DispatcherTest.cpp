@@ -118,7 +118,8 @@ TEST_F(DispatcherTest, PathsAreWorkedOutFromTheLastSegmentOfREPAPP) {
       {apps + "/Velmaris.app", Data()},
       {apps + "/velmaris PORTABLE 2.app", apps + "/Velmaris"},
       {apps + "/Portable/Velmaris.app", Data()},
-      {apps + "/Velmaris Portable.app/", Data()},
+      // A "/" at the end names the same application.
+      {apps + "/Velmaris Portable.app/", apps + "/Velmaris"},
       // The first occurrence of "/" + the name goes, here in an earlier segment.
       {apps + "/Portable.app.1/Portable.app", apps + ".1/Portable.app/Velmaris"},
   };

@@ -55,6 +55,13 @@ class RestaurerVelmarisDBTest : public ::testing::Test {
 TEST_F(RestaurerVelmarisDBTest, ResultsAndFilesInEveryCase) {
   Files restored = kWithoutLive;
   restored["Velmaris.sqlite"] = "backup";
+  // What a run killed during its wait leaves: the live files set aside, a copy beside them.
+  Files setAside = kWithoutLive, leftBeside = kAll;
+  for (const auto& [name, bytes] : kAll) {
+    if (name.starts_with("Velmaris.sqlite"))
+      setAside[name + ".VelmarisMAJ-old"] = leftBeside[name + ".VelmarisMAJ-old"] = bytes;
+  }
+  setAside["Velmaris.sqlite.VelmarisMAJ-new"] = leftBeside["Velmaris.sqlite.VelmarisMAJ-new"] = "backup";
   struct Row {
     const char* name;
     Files before = kAll;
@@ -67,6 +74,14 @@ TEST_F(RestaurerVelmarisDBTest, ResultsAndFilesInEveryCase) {
       {.name = "marker, a database that can't be deleted", .before = {{"Velmaris.sqlite/x", ""}}, .value = "_INIT"},
       {.name = "backup in place, side files gone", .result = true, .after = restored},
       {.name = "missing backup, nothing touched", .value = "BackupsDB/missing.sqlite"},
+      {.name = "a killed run's files come back",
+       .before = setAside,
+       .value = "BackupsDB/missing.sqlite",
+       .after = kAll},
+      {.name = "a killed run's leftovers beside a live database go",
+       .before = leftBeside,
+       .value = "BackupsDB/missing.sqlite",
+       .after = kAll},
       // The live files come back when the copy can't take their place.
       {.name = "copy removed", .interruption = [this] { fs::remove(Data() + "/Velmaris.sqlite.VelmarisMAJ-new"); }},
       {.name = "run ended", .interruption = [] { Quit(0); }},

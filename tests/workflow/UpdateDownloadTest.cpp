@@ -1,8 +1,15 @@
-// The progress display of the download and the hand-over to the
-// installation. The rest of the update branch (the URL, the labels, a
-// refused version, a download given up) is pinned by the end-to-end test.
+// The progress display of the download, the check of what arrived and the
+// hand-over to the installation, and a Quit while the archive comes in. The
+// rest of the update branch (the URL, the labels, a refused version, a
+// download given up) is pinned by the end-to-end test.
 #include <gtest/gtest.h>
 
+#include <QTest>
+#include <filesystem>
+
+#include "support/Recording.h"
+#include "support/Sandbox.h"
+#include "support/TestServer.h"
 #include "support/TestWindow.h"
 #include "support/VirtualClock.h"
 
@@ -10,6 +17,8 @@ namespace velmaris {
 namespace {
 
 const std::vector<std::string> kUpdateJob = {"VelmarisMAJ", "--REPAPP:/Applications/Velmaris.app", "--MAJ:2.1.0"};
+
+namespace fs = std::filesystem;
 
 // The bar cuts, the label rounds; with no length, a busy bar and the amount.
 // Then the end of the download hands over to the installation.
@@ -39,14 +48,91 @@ TEST(UpdateDownload, ProgressShowsThePercentageOrTheAmountThenTheEndHandsOver) {
 
   window->LabelDownload().SetVisible(true);
   window->ProgressBarDonwload().SetVisible(true);
+  testing::Sandbox sandbox;
+  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
+  App().strURLGlobal = "http://update.example/downloads/files/Velmaris_2.1.0.dmg.zip";
+  testing::WriteFile(archive, std::string(30000, 'z'));
+  auto headers = New<InternetHeaders>();
+  headers->SetHeader("Content-Length", "30000");
+  window->Downloader_ReceiveProgress(window->Downloader(), 30000, 30000, "");
   testing::VirtualTime time;
   const int64_t start = time.Now();
-  window->Downloader_DownloadComplete(window->Downloader(), "", 404, nullptr, nullptr);
+  window->Downloader_DownloadComplete(window->Downloader(), "", 200, headers,
+                                      New<FolderItem>(archive, FolderItem::PathModes::Shell));
   EXPECT_EQ(time.Now() - start, 60) << "one second's wait";
   EXPECT_FALSE(window->LabelDownload().Visible());
   EXPECT_FALSE(window->ProgressBarDonwload().Visible());
   EXPECT_EQ(window->LabelTelechargement().Text(), "Update installation in progress...");
   EXPECT_EQ(window->TimerInstallation().Mode(), 1);
+}
+
+// Only the whole body of a 200 answer, every byte of it written, goes on to
+// the installation; anything else is the download's failure.
+TEST(UpdateDownload, WhatArrivedIsCheckedBeforeTheHandOver) {
+  testing::Sandbox sandbox;
+  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
+  struct Row {
+    const char* name;
+    int64_t status = 200;
+    std::string length = "30000";  // announced; "" for none
+    int64_t received = 30000;
+    size_t written = 30000;
+    bool handsOver = false;
+  } rows[] = {
+      {.name = "whole", .handsOver = true},
+      {.name = "whole, with no length announced", .length = "", .handsOver = true},
+      {.name = "a 404 page", .status = 404},
+      {.name = "cut short", .received = 20000, .written = 20000},
+      {.name = "a write that failed", .written = 20000},
+  };
+  for (const Row& row : rows) {
+    testing::TestWindow window(kUpdateJob);
+    testing::Recording recording;
+    testing::VirtualTime time;
+    window->TimerQuit().SetMode(0);
+    App().strURLGlobal = "http://update.example/downloads/files/Velmaris_2.1.0.dmg.zip";
+    App().strCheminApp = "/Applications/Velmaris.app";
+    testing::WriteFile(archive, std::string(row.written, 'z'));
+    auto headers = New<InternetHeaders>();
+    if (!row.length.empty()) headers->SetHeader("Content-Length", row.length);
+    window->Downloader_ReceiveProgress(window->Downloader(), row.received, 0, "");
+    _CallFunctionWithExceptionHandling([&] {
+      window->Downloader_DownloadComplete(window->Downloader(), App().strURLGlobal, row.status, headers,
+                                          New<FolderItem>(archive, FolderItem::PathModes::Shell));
+    });
+    const std::vector<std::string> failed = {testing::CautionLine("Errors encountered in downloading the update !",
+                                                                  "Velmaris application has not been updated."),
+                                             "open \"/Applications/Velmaris.app\""};
+    EXPECT_EQ(recording.Seen(), row.handsOver ? std::vector<std::string>{} : failed) << row.name;
+    EXPECT_EQ(window->TimerInstallation().Mode(), row.handsOver ? 1 : 0) << row.name;
+    EXPECT_EQ(fs::exists(archive), row.handsOver) << row.name;
+  }
+}
+
+// Quit, or the window closed, while the archive comes in: the archive goes,
+// and the main application is opened again.
+TEST(UpdateDownload, QuitDuringTheDownloadRemovesTheArchiveAndReopensTheApplication) {
+  testing::Sandbox sandbox;
+  testing::TestServer stalling;
+  sandbox.Set("VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(stalling.Port()));
+  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
+  const std::string application = sandbox.At("/Applications/Velmaris.app");
+  for (const bool byMenu : {false, true}) {
+    testing::TestWindow window({"VelmarisMAJ", "--REPAPP:" + application, "--MAJ:2.1.0"});
+    testing::Recording recording;
+    testing::VirtualTime time;
+    window->TimerQuit().SetMode(0);
+    _CallFunctionWithExceptionHandling([&window] { window->TimerQuit_Action(window->TimerQuit()); });
+    ASSERT_TRUE(fs::exists(archive));
+    if (byMenu) {
+      QTest::keyClick(&*window, Qt::Key_Q, Qt::ControlModifier);
+    } else {
+      window->close();
+    }
+    EXPECT_TRUE(RunIsEnding()) << byMenu;
+    EXPECT_FALSE(fs::exists(archive)) << byMenu;
+    EXPECT_EQ(recording.Seen(), std::vector<std::string>{"open \"" + application + "\""}) << byMenu;
+  }
 }
 
 }  // namespace

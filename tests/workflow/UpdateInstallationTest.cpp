@@ -1,6 +1,8 @@
 // Every road of the installation, with a recording shell and dialogs: the
-// command lines in their order, where the dialog stands among them, and
-// what is cleaned up.
+// command lines in their order, where the dialog stands among them, and the
+// application that stands at its path afterwards. The copy and the removals
+// run for real on a volume that is already there; nothing is unzipped or
+// mounted.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -17,61 +19,92 @@ namespace fs = std::filesystem;
 
 TEST(UpdateInstallation, EveryRoad) {
   testing::Sandbox sandbox;
+  sandbox.Set("VELMARIS_VOLUMES", sandbox.At("/Volumes"));
   // With a blank, which every command must hold between quotes.
   const std::string application = sandbox.At("/Applications/Velmaris Beta.app");
+  const std::string incoming = sandbox.At("/Applications/.Velmaris Beta.app.incoming");
+  const std::string source = sandbox.At("/Volumes/Velmaris_2.1.0/Velmaris.app");
   const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
   const std::string unzip = "unzip -o -d ~/Downloads ~/Downloads/Velmaris_2.1.0.dmg.zip";
   const std::string mount = "hdiutil mount ~/Downloads/Velmaris_2.1.0.dmg";
-  const std::string rmApp = "rm -rf \"" + application + "\"";
   const std::string rmMacOSX = "rm -rf ~/Downloads/__MACOSX";
-  const std::string ditto = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + application + "\"";
+  const std::string ditto = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + incoming + "\"";
+  const std::string rmOld = "rm -rf \"" + sandbox.At("/Applications/.Velmaris Beta.app.outgoing") + "\"";
   const std::string unmount = "hdiutil unmount /Volumes/Velmaris_2.1.0";
   const std::string rmArchive = "rm ~/Downloads/Velmaris_2.1.0.dmg.zip";
   const std::string rmDownloads = "rm ~/Downloads/Velmaris_2.1.0.dmg ~/Downloads/Velmaris_2.1.0.dmg.zip";
   const std::string open = "open \"" + application + "\"";
   const std::string wait = "Sleep 1";
-  const std::vector<std::string> success = {unzip, mount,   rmApp, wait,        rmMacOSX, ditto,
-                                            wait,  unmount, wait,  rmDownloads, open};
+  const std::vector<std::string> success = {unzip,    mount,   ditto, wait,        rmOld,
+                                            rmMacOSX, unmount, wait,  rmDownloads, open};
   // The dialogs: the application is kept, or a fresh installation is required.
   const std::string notUpdated = "Velmaris application has not been updated.";
   const std::string download = testing::CautionLine("Errors encountered in downloading the update !", notUpdated);
   const std::string kept = testing::CautionLine("Errors encountered in installing the update !", notUpdated);
   const std::string fresh = testing::CautionLine("Errors encountered in installing the update !",
                                                  "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.");
+  const std::vector<std::string> refused = {unzip, mount, kept, unmount, rmMacOSX, rmDownloads, open};
   struct Row {
     const char* name;
     int64_t archive = 20000;  // its size; -1 for none
     std::map<std::string, int64_t> fail = {};
     std::vector<std::string> seen;  // the commands, and the dialog where it is shown
+    std::string installed = "1";
+    // What stands on the volume in place of a whole application.
+    std::function<void()> volume = [] {};
   } rows[] = {
-      {.name = "success", .seen = success},
-      {.name = "an archive of exactly 10000 bytes passes", .archive = 10000, .seen = success},
+      {.name = "success", .seen = success, .installed = "2.1.0"},
+      {.name = "an archive of exactly 10000 bytes passes", .archive = 10000, .seen = success, .installed = "2.1.0"},
       {.name = "no archive", .archive = -1, .seen = {download, open}},
       {.name = "an archive of 9999 bytes is an error page", .archive = 9999, .seen = {download, rmArchive, open}},
-      {.name = "unzip fails, mount runs",
-       .fail = {{"unzip", 9}},
-       .seen = {unzip, mount, kept, rmMacOSX, rmDownloads, open}},
+      {.name = "unzip fails, mount runs and is undone", .fail = {{"unzip", 9}}, .seen = refused},
       {.name = "mount fails",
        .fail = {{"hdiutil mount", 1}},
        .seen = {unzip, mount, kept, rmMacOSX, rmDownloads, open}},
-      {.name = "removing the application fails: no wait behind it, no re-opening",
-       .fail = {{"rm -rf \"", 1}},
-       .seen = {unzip, mount, rmApp, rmMacOSX, ditto, wait, unmount, wait, rmDownloads, fresh}},
       {.name = "the copy fails",
        .fail = {{"ditto", 1}},
-       .seen = {unzip, mount, rmApp, wait, rmMacOSX, ditto, wait, unmount, wait, rmDownloads, fresh}},
+       .seen = {unzip, mount, ditto, kept, unmount, rmMacOSX, rmDownloads, open}},
       {.name = "opening the new application fails",
        .fail = {{"open", 1}},
-       .seen = {unzip, mount, rmApp, wait, rmMacOSX, ditto, wait, unmount, wait, rmDownloads, open, fresh}},
+       .seen = {unzip, mount, ditto, wait, rmOld, rmMacOSX, unmount, wait, rmDownloads, open, fresh},
+       .installed = "2.1.0"},
       {.name = "the clean-up's own failures change nothing",
-       .fail = {{"rm ~", 1}, {"rm -rf ~", 1}, {"hdiutil unmount", 1}, {"Sleep", 1}},
-       .seen = success},
+       .fail = {{"rm ~", 1}, {"rm -rf", 1}, {"hdiutil unmount", 1}, {"Sleep", 1}},
+       .seen = success,
+       .installed = "2.1.0"},
+      {.name = "no Velmaris.app on the volume", .seen = refused, .volume = [&] { fs::remove_all(source); }},
+      {.name = "Velmaris.app a file",
+       .seen = refused,
+       .volume =
+           [&] {
+             fs::remove_all(source);
+             testing::WriteFile(source, "");
+           }},
+      {.name = "Velmaris.app a link to /",
+       .seen = refused,
+       .volume =
+           [&] {
+             fs::remove_all(source);
+             fs::create_directory_symlink("/", source);
+           }},
+      {.name = "no program in Contents/MacOS",
+       .seen = refused,
+       .volume = [&] { fs::permissions(source + "/Contents/MacOS/Velmaris", fs::perms(0644)); }},
+      {.name = "Contents/MacOS a link to programs elsewhere",
+       .seen = refused,
+       .volume =
+           [&] {
+             fs::remove_all(source + "/Contents/MacOS");
+             fs::create_directory_symlink("/bin", source + "/Contents/MacOS");
+           }},
   };
   // Runs the installation of the application at that path, with those commands failing.
   const auto install = [&](const std::string& path, const std::map<std::string, int64_t>& fail) {
     testing::TestWindow window({"VelmarisMAJ"});
     testing::VirtualTime time;
     testing::Recording recording;
+    recording.RunForReal("ditto");
+    recording.RunForReal("rm -rf \"");
     for (const auto& [start, status] : fail) recording.AnswerWith(start, status);
     window->TimerQuit().SetMode(0);
     App().strURLGlobal = "http://update.example/downloads/files/Velmaris_2.1.0.dmg.zip";
@@ -80,21 +113,40 @@ TEST(UpdateInstallation, EveryRoad) {
     EXPECT_TRUE(RunIsEnding()) << path;
     return recording.Seen();
   };
-  fs::create_directories(application + "/Contents/MacOS");
   for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    fs::remove_all(sandbox.At("/Applications"));
+    fs::remove_all(sandbox.At("/Volumes"));
+    testing::MakeApplication(application, "1", 3);
+    testing::MakeApplication(source, "2.1.0", 3);
+    row.volume();
     fs::remove(archive);
     if (row.archive >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(row.archive), 'z'));
-    EXPECT_EQ(install(application, row.fail), row.seen) << row.name;
+    EXPECT_EQ(install(application, row.fail), row.seen);
+    EXPECT_EQ(testing::InstalledVersion(application), row.installed);
+    // Only a removal that failed leaves the old copy beside the application.
+    EXPECT_EQ(std::distance(fs::directory_iterator(sandbox.At("/Applications")), fs::directory_iterator()),
+              row.fail.contains("rm -rf") ? 2 : 1);
   }
-  // rm -rf goes only to an existing folder named like a bundle that is neither the root nor home.
-  testing::WriteFile(archive, std::string(20000, 'z'));
-  for (const std::string folder : {"/Velmaris", "/.app"}) fs::create_directories(sandbox.At(folder));
+  // Only a folder named like a bundle that is neither the root nor home is
+  // replaced; where nothing stands, an earlier run's failure is made good.
+  fs::remove_all(sandbox.At("/Volumes"));
+  testing::MakeApplication(source, "2.1.0", 3);
+  fs::create_directories(sandbox.At("/Velmaris"));
+  fs::create_directories(sandbox.At("/.app"));
   fs::create_directory_symlink("/", sandbox.At("/Root.app"));
   fs::create_directory_symlink(sandbox.At("/home"), sandbox.At("/Home.app"));
-  for (const std::string name : {"/Missing.app", "/Velmaris", "/.app", "/Root.app", "/Home.app"}) {
+  for (const std::string name :
+       {"/Missing/Velmaris.app", "/Velmaris", "/.app", "/Root.app", "/Home.app", "/Applications/Missing.app"}) {
     const std::string path = sandbox.At(name);
-    const std::vector<std::string> seen = {unzip, mount, kept, unmount, rmMacOSX, rmDownloads, "open \"" + path + "\""};
-    EXPECT_EQ(install(path, {}), seen) << path;
+    testing::WriteFile(archive, std::string(20000, 'z'));
+    const bool recovered = name == "/Applications/Missing.app";
+    const std::string copy = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" +
+                             sandbox.At("/Applications/.Missing.app.incoming") + "\"";
+    EXPECT_EQ(install(path, {}).at(2), recovered ? copy : kept) << path;
+    if (recovered) {
+      EXPECT_EQ(testing::InstalledVersion(path), "2.1.0");
+    }
   }
 }
 

@@ -3,11 +3,13 @@
 // that need one, our scripted loopback server. The runs wait for real, so
 // they go side by side.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 
 #include "base/Shell.h"
 #include "support/Sandbox.h"
@@ -20,64 +22,121 @@ namespace fs = std::filesystem;
 
 const std::string kDownloadFailed = "Errors encountered in downloading the update !";
 const std::string kInstallFailed = "Errors encountered in installing the update !";
+const std::string kApplication = "/Applications/Velmaris.app";
 
-// Velmaris_<version>.dmg.zip in folder: a zip holding the disk image, whose
-// volume holds the application under the name given, with enough bytes that
-// the archive passes the installation's size limit.
-void MakeArchive(const std::string& folder, const std::string& version, const std::string& name) {
-  const std::string image = "Velmaris_" + version + ".dmg";
-  testing::MakeApplication(folder + "/stage/" + name, version);
-  Shell sh;
-  sh.Execute("cd '" + folder + "' && head -c 30000 /dev/urandom > 'stage/" + name + "/Contents/Resources.bin' && " +
-             "bsdtar -cf " + image + " -C stage '" + name + "' && zip -q " + image + ".zip " + image + " && rm -r " +
-             image + " stage");
-  ASSERT_EQ(sh.ErrorCode(), 0);
-}
+class UpdateJobEndToEnd : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    fs::create_directories(Files());
+    mPython.start("python3", {"-u", "-m", "http.server", "--bind", "127.0.0.1", "--directory", mWeb.path(), "0"});
+    ASSERT_TRUE(mPython.waitForReadyRead(10000));
+    // "Serving HTTP on 127.0.0.1 port 43567 (http://127.0.0.1:43567/) ..."
+    mPythonPort = mPython.readAllStandardOutput().split(' ').at(5).toUShort();
+  }
+  void TearDown() override { mPython.kill(); }
 
-TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
-  QTemporaryDir web;
-  const std::string files = web.path().toStdString() + "/downloads/files";
-  fs::create_directories(files);
-  MakeArchive(files, "2.0.0", "Velmaris.app");
-  MakeArchive(files, "4.0.0", "Other.app");
-  testing::WriteFile(files + "/Velmaris_3.0.0.dmg.zip", std::string(20000, 'x'));
-  QProcess python;
-  python.start("python3", {"-u", "-m", "http.server", "--bind", "127.0.0.1", "--directory", web.path(), "0"});
-  ASSERT_TRUE(python.waitForReadyRead(10000));
-  // "Serving HTTP on 127.0.0.1 port 43567 (http://127.0.0.1:43567/) ..."
-  const uint16_t pythonPort = python.readAllStandardOutput().split(' ').at(5).toUShort();
-  const std::string archive = testing::ReadFile(files + "/Velmaris_2.0.0.dmg.zip");
+  std::string Files() const { return mWeb.path().toStdString() + "/downloads/files"; }
+  // Velmaris_<version>.dmg.zip on the server: a zip holding the disk image,
+  // made of what fill puts in its stage folder, and enough bytes that the
+  // archive passes the installation's size limit.
+  void MakeArchive(const std::string& version, const std::function<void(const std::string& stage)>& fill) {
+    const std::string image = "Velmaris_" + version + ".dmg", stage = Files() + "/stage";
+    fs::create_directories(stage);
+    fill(stage);
+    Shell sh;
+    sh.Execute("cd '" + Files() + "' && head -c 30000 /dev/urandom > stage/padding.bin && bsdtar -cf " + image +
+               " -C stage . && zip -q " + image + ".zip " + image + " && rm -r " + image + " stage");
+    ASSERT_EQ(sh.ErrorCode(), 0);
+  }
+  void MakeRelease(const std::string& version, int resources = 0) {
+    MakeArchive(version, [&](const std::string& stage) {
+      testing::MakeApplication(stage + "/Velmaris.app", version, resources);
+    });
+  }
+  // Starts the update of the sandbox's application to that version.
+  void Start(testing::ToolRun& run, const std::string& version, uint16_t port = 0,
+             const std::string& repapp = kApplication) {
+    run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version},
+              {{"VELMARIS_VOLUMES", run.At("/Volumes")},
+               {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port ? port : mPythonPort)},
+               {"VELMARIS_STALL_SECONDS", "1"}});
+  }
+  // Nothing left of the update but the application: no copy beside it, no
+  // download, no volume.
+  static void ExpectNothingLeft(const testing::ToolRun& run, const std::string& application = kApplication) {
+    for (const auto& entry : fs::directory_iterator(fs::path(run.At(application)).parent_path())) {
+      EXPECT_EQ(entry.path().filename(), fs::path(application).filename()) << "left beside the application";
+    }
+    EXPECT_TRUE(!fs::exists(run.At("/home/Downloads")) || fs::is_empty(run.At("/home/Downloads")));
+    EXPECT_TRUE(!fs::exists(run.At("/Volumes")) || fs::is_empty(run.At("/Volumes")));
+  }
+
+  QTemporaryDir mWeb;
+  QProcess mPython;
+  uint16_t mPythonPort = 0;
+};
+
+TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
+  MakeRelease("2.0.0");
+  testing::WriteFile(Files() + "/Velmaris_3.0.0.dmg.zip", std::string(20000, 'x'));
+  // Disk images whose Velmaris.app is missing, a file, an empty folder, or a
+  // link to the home folder or to the root.
+  MakeArchive("4.0.0", [](const std::string& stage) { testing::MakeApplication(stage + "/Other.app", "4.0.0"); });
+  MakeArchive("5.0.0", [](const std::string& stage) { testing::WriteFile(stage + "/Velmaris.app", "5.0.0"); });
+  MakeArchive("6.0.0", [](const std::string& stage) { fs::create_directories(stage + "/Velmaris.app"); });
+  MakeArchive("7.0.0", [](const std::string& stage) {
+    fs::create_directory_symlink(QDir::homePath().toStdString(), stage + "/Velmaris.app");
+  });
+  MakeArchive("8.0.0", [](const std::string& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
+  const std::string archive = testing::ReadFile(Files() + "/Velmaris_2.0.0.dmg.zip");
   const std::string start =
       "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(archive.size()) + "\r\n\r\n" + archive.substr(0, 20000);
-  testing::TestServer cutShort, stalled;
+  testing::TestServer cutShort, stalled, notFound;
   cutShort.Serve(
       {{testing::TestServer::ReadRequest(), testing::TestServer::Send(start), testing::TestServer::Close()}});
   stalled.Serve({{testing::TestServer::ReadRequest(), testing::TestServer::Send(start)}});
-
+  notFound.Serve(
+      {{testing::TestServer::ReadRequest(),
+        testing::TestServer::Send("HTTP/1.0 404 Not Found\r\nContent-Length: 20000\r\n\r\n" + std::string(20000, '<')),
+        testing::TestServer::Close()}});
+  const std::vector<std::string> installed = {"Download Velmaris_2.0.0.dmg.zip in progress...", "100%",
+                                              "Update installation in progress..."};
+  // What an update that was cut off left behind: a copy beside the
+  // application, a volume still mounted, the downloads.
+  const auto leftovers = [](testing::ToolRun& run) {
+    testing::MakeApplication(run.At("/Applications/.Velmaris.app.incoming"), "2.0.0", 5);
+    testing::MakeApplication(run.At("/Volumes/Velmaris_2.0.0/Velmaris.app"), "0.9");
+    for (const char* download : {"Velmaris_2.0.0.dmg", "Velmaris_2.0.0.dmg.zip", "__MACOSX/x"}) {
+      fs::create_directories(fs::path(run.At("/home/Downloads/") + download).parent_path());
+      testing::WriteFile(run.At("/home/Downloads/") + download, "stale");
+    }
+  };
   struct Row {
     const char* name;
     std::string version = "2.0.0";
-    uint16_t port = 0;                                       // 0 for Python's server
-    std::string application = "/Applications/Velmaris.app";  // under the sandbox; installed as version 1
-    std::vector<std::string> messages = {};                  // on stderr, in order
-    std::string installed = "1";                             // the version afterwards; "" when gone
-    std::string opened = "opened 1\n";                       // what the re-opened application wrote
+    uint16_t port = 0;                       // 0 for Python's server
+    std::string application = kApplication;  // under the sandbox; installed as version 1
+    std::string repapp = application;
+    std::vector<std::string> messages = {kInstallFailed};  // on stderr, in order
+    std::string installed = "1";                           // the version afterwards
+    std::string opened = "opened 1\n";                     // what the re-opened application wrote
+    std::function<void(testing::ToolRun&)> before = [](testing::ToolRun& tool) {
+      fs::create_directories(tool.At("/home/Downloads"));
+    };
     testing::ToolRun run = {};
   } rows[] = {
-      {.name = "success",
-       .messages = {"Download Velmaris_2.0.0.dmg.zip in progress...", "100%", "Update installation in progress..."},
-       .installed = "2.0.0",
-       .opened = "opened 2.0.0\n"},
+      {.name = "success", .messages = installed, .installed = "2.0.0", .opened = "opened 2.0.0\n"},
       {.name = "a 404 page", .version = "9.9.9", .messages = {kDownloadFailed}},
+      {.name = "a 404 page over 10000 bytes", .port = notFound.Port(), .messages = {kDownloadFailed}},
       {.name = "a refused connection", .port = testing::TestServer::RefusingPort(), .messages = {kDownloadFailed}},
-      {.name = "an archive cut short", .port = cutShort.Port(), .messages = {kInstallFailed}},
-      {.name = "a corrupt zip", .version = "3.0.0", .messages = {kInstallFailed}},
-      {.name = "no Velmaris.app in the image",
-       .version = "4.0.0",
-       .messages = {kInstallFailed, "A \u00ab\u00a0fresh\u00a0\u00bb installation is required."},
-       .installed = "",
-       .opened = ""},
-      {.name = "no bundle to replace", .application = "/Applications/Velmaris", .messages = {kInstallFailed}},
+      {.name = "an archive cut short", .port = cutShort.Port(), .messages = {kDownloadFailed}},
+      {.name = "a corrupt zip", .version = "3.0.0"},
+      {.name = "no Velmaris.app in the image", .version = "4.0.0"},
+      {.name = "Velmaris.app a file", .version = "5.0.0"},
+      {.name = "Velmaris.app an empty folder", .version = "6.0.0"},
+      {.name = "Velmaris.app a link to the home folder", .version = "7.0.0"},
+      {.name = "Velmaris.app a link to the root", .version = "8.0.0"},
+      {.name = "no bundle to replace", .application = "/Applications/Velmaris"},
       {.name = "a stalled server", .port = stalled.Port(), .messages = {kDownloadFailed}},
       // Would a 404 page of this name be downloaded, its removal would run the command.
       {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
@@ -85,14 +144,34 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .application = "/Velmaris.app\";touch \"$HOME/smuggled",
        .messages = {"The launch of VelmarisMAJ must be initiated by Velmaris!"},
        .opened = ""},
+      {.name = "a path ending in /",
+       .repapp = kApplication + "/",
+       .messages = installed,
+       .installed = "2.0.0",
+       .opened = "opened 2.0.0\n"},
+      {.name = "no Downloads folder",
+       .messages = installed,
+       .installed = "2.0.0",
+       .opened = "opened 2.0.0\n",
+       .before = [](testing::ToolRun&) {}},
+      {.name = "what an interrupted update left",
+       .messages = installed,
+       .installed = "2.0.0",
+       .opened = "opened 2.0.0\n",
+       .before = leftovers},
+      {.name = "the old application set aside by an interrupted update",
+       .messages = installed,
+       .installed = "2.0.0",
+       .opened = "opened 2.0.0\n",
+       .before =
+           [](testing::ToolRun& run) {
+             fs::rename(run.At(kApplication), run.At("/Applications/.Velmaris.app.outgoing"));
+           }},
   };
   for (Row& row : rows) {
-    testing::ToolRun& run = row.run;
-    testing::MakeApplication(run.At(row.application), "1");
-    run.Start({"--REPAPP:" + run.At(row.application), "--MAJ:" + row.version},
-              {{"VELMARIS_VOLUMES", run.At("/Volumes")},
-               {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(row.port ? row.port : pythonPort)},
-               {"VELMARIS_STALL_SECONDS", "1"}});
+    testing::MakeApplication(row.run.At(row.application), "1");
+    row.before(row.run);
+    Start(row.run, row.version, row.port, row.repapp);
   }
   for (Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -105,12 +184,113 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     }
     const bool failed = std::ranges::any_of(row.messages, [](const std::string& m) { return m.starts_with("Errors"); });
     EXPECT_EQ(errors.find("Errors encountered") != std::string::npos, failed) << errors;
-    EXPECT_EQ(testing::ReadFile(run.At(row.application + "/Contents/version.txt")), row.installed);
-    EXPECT_TRUE(fs::is_empty(run.At("/home/Downloads")));
-    EXPECT_TRUE(!fs::exists(run.At("/Volumes")) || fs::is_empty(run.At("/Volumes")));
+    EXPECT_EQ(errors.find("fresh"), std::string::npos) << errors;
+    EXPECT_EQ(testing::InstalledVersion(run.At(row.application)), row.installed);
+    ExpectNothingLeft(run, row.application);
     EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
     EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
   }
+}
+
+// Killed at any moment, and every process it started with it, the tool
+// leaves a whole application, old or new, and the next run installs the new
+// one and leaves nothing behind.
+TEST_F(UpdateJobEndToEnd, KilledAtAnyMomentTheApplicationStaysWholeAndTheRetryInstalls) {
+  constexpr int kResources = 2000;
+  MakeRelease("2.0.0", kResources);
+  struct Moment {
+    const char* name;
+    std::function<bool(const testing::ToolRun&)> reached;
+    std::string standing;  // the version at the application's path once killed
+    testing::ToolRun run = {};
+    bool killed = false;
+  } moments[] = {
+      {.name = "during the copy",
+       .reached =
+           [](const testing::ToolRun& run) { return fs::exists(run.At("/Applications/.Velmaris.app.incoming")); },
+       .standing = "1"},
+      // The second's wait that follows the copy.
+      {.name = "between the copy and the swap",
+       .reached =
+           [](const testing::ToolRun& run) {
+             const auto family = run.Family();
+             return std::ranges::any_of(family, [](const auto& process) { return process.second == "sleep"; }) &&
+                    testing::ReadFile(run.At(kApplication + "/Contents/version.txt")) == "1";
+           },
+       .standing = "1"},
+      {.name = "after the swap",
+       .reached =
+           [](const testing::ToolRun& run) {
+             return testing::ReadFile(run.At(kApplication + "/Contents/version.txt")) == "2.0.0";
+           },
+       .standing = "2.0.0"},
+  };
+  for (Moment& moment : moments) {
+    testing::MakeApplication(moment.run.At(kApplication), "1", kResources);
+    Start(moment.run, "2.0.0");
+  }
+  QElapsedTimer elapsed;
+  elapsed.start();
+  while (elapsed.elapsed() < 60000 && std::ranges::any_of(moments, [](const Moment& m) { return !m.killed; })) {
+    for (Moment& moment : moments) {
+      if (moment.killed || !moment.reached(moment.run)) continue;
+      moment.run.Kill();
+      moment.killed = true;
+    }
+    QThread::msleep(2);
+  }
+  for (Moment& moment : moments) {
+    SCOPED_TRACE(moment.name);
+    ASSERT_TRUE(moment.killed);
+    EXPECT_EQ(testing::InstalledVersion(moment.run.At(kApplication)), moment.standing);
+    Start(moment.run, "2.0.0");
+  }
+  for (Moment& moment : moments) {
+    SCOPED_TRACE(moment.name);
+    const std::string errors = moment.run.Finish();
+    EXPECT_EQ(errors.find("Errors encountered"), std::string::npos) << errors;
+    EXPECT_EQ(testing::InstalledVersion(moment.run.At(kApplication)), "2.0.0");
+    ExpectNothingLeft(moment.run);
+  }
+}
+
+// Two runs on one application at once: one does the update, the other ends
+// at once without touching anything.
+TEST_F(UpdateJobEndToEnd, TwoInstancesAtOnceInstallOnce) {
+  MakeRelease("2.0.0", 500);
+  testing::ToolRun first;
+  testing::ToolRun second(first.Folder());
+  testing::MakeApplication(first.At(kApplication), "1", 500);
+  fs::create_directories(first.At("/home/Downloads"));
+  Start(first, "2.0.0");
+  Start(second, "2.0.0");
+  const std::string errors = first.Finish() + second.Finish();
+  EXPECT_NE(errors.find("another VelmarisMAJ is at work on"), std::string::npos) << errors;
+  EXPECT_EQ(errors.find("Errors encountered"), std::string::npos) << errors;
+  EXPECT_EQ(testing::InstalledVersion(first.At(kApplication)), "2.0.0");
+  ExpectNothingLeft(first);
+}
+
+// The disk fills during the copy: the copy goes, the old application stays
+// and is opened again.
+TEST_F(UpdateJobEndToEnd, AFullDiskDuringTheCopyKeepsTheApplication) {
+  MakeRelease("2.0.0", 200);
+  testing::ToolRun run;
+  const std::string applications = run.At("/Applications");
+  fs::create_directories(applications);
+  // Room for one application of 200 files of a page each, not for two.
+  if (mount("tmpfs", applications.c_str(), "tmpfs", 0, "size=1200k") != 0) {
+    GTEST_SKIP() << "no tmpfs can be mounted here (needs root): " << std::strerror(errno);
+  }
+  testing::MakeApplication(run.At(kApplication), "1", 200);
+  fs::create_directories(run.At("/home/Downloads"));
+  Start(run, "2.0.0");
+  const std::string errors = run.Finish();
+  EXPECT_NE(errors.find(kInstallFailed + " Velmaris application has not been updated."), std::string::npos) << errors;
+  EXPECT_EQ(testing::InstalledVersion(run.At(kApplication)), "1");
+  ExpectNothingLeft(run);
+  EXPECT_EQ(run.Opened(true), "opened 1\n");
+  umount(applications.c_str());
 }
 
 }  // namespace
