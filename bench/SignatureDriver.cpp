@@ -17,8 +17,8 @@ int main(int argc, char** argv) {
   std::ifstream keyFile(argv[1]);
   const std::string key{std::istreambuf_iterator<char>(keyFile), std::istreambuf_iterator<char>()};
   const std::string path = argv[2];
-  const std::string failure = velmaris::VerifyMinisignSignature(key, path, path + ".minisig",
-                                                                std::filesystem::path(path).filename().string());
+  const std::string failure =
+      velmaris::VerifyMinisignSignature(key, path, path + ".minisig", std::filesystem::path(path).filename().string());
   if (!failure.empty()) {
     std::fprintf(stderr, "signature: %s\n", failure.c_str());
     return 1;

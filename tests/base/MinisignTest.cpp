@@ -42,7 +42,8 @@ class MinisignTest : public ::testing::Test {
  protected:
   // Two key pairs, and version 2.0.0 published and signed with the first.
   void SetUp() override {
-    if (Run("command -v minisign >/dev/null") != 0) GTEST_SKIP() << "minisign is not installed; apt-get install minisign";
+    if (Run("command -v minisign >/dev/null") != 0)
+      GTEST_SKIP() << "minisign is not installed; apt-get install minisign";
     for (const std::string name : {"/key", "/other"}) {
       ASSERT_EQ(Run("minisign -G -W -p '" + At(name) + ".pub' -s '" + At(name) + ".key' >/dev/null"), 0);
     }
@@ -53,8 +54,8 @@ class MinisignTest : public ::testing::Test {
 
   std::string At(const std::string& path) const { return mFolder.path().toStdString() + path; }
   std::string Publish(const std::string& arguments, const std::string& key = "") const {
-    return std::string(VELMARIS_SOURCE_DIR) + "/scripts/publish-update '" + mBundle + "' " + arguments + " '" +
-           mSite + "'" + (key.empty() ? "" : " '" + key + "'") + " >/dev/null";
+    return std::string(VELMARIS_SOURCE_DIR) + "/scripts/publish-update '" + mBundle + "' " + arguments + " '" + mSite +
+           "'" + (key.empty() ? "" : " '" + key + "'") + " >/dev/null";
   }
   static int64_t Run(const std::string& command) {
     Shell sh;
@@ -77,66 +78,56 @@ TEST_F(MinisignTest, EachCheckRefusesWhatItGuards) {
   const std::string key = testing::ReadFile(At("/key.pub"));
   std::string tampered = archive;
   tampered[tampered.size() / 2] ^= 1;
-  const std::string kBad = "the signature does not verify";
+  const std::string other = Line(testing::ReadFile(At("/other.pub")), 1), newName = "Velmaris_3.0.0.dmg.zip";
+  const std::string kBad = "the signature does not verify", kGlobal = "the global signature does not verify";
+  const std::string kKeyId = "the key id does not match the key", kNoKey = "the public key is not a minisign key";
 
   struct Row {
     const char* name;
-    std::optional<std::string> signature;  // nothing: no signature file
-    std::string expect;                    // "" for a pass
-    std::string key = "";                  // "" for the key line that signed
-    std::string archive = "";              // "" for the archive signed
+    std::optional<std::string> sig;  // nothing: no signature file
+    std::string expect = "";         // "" for a pass
+    std::string key = "";            // "" for the key line that signed
+    std::string archive = "";        // "" for the archive signed
     std::string fileName = kArchive;
   };
   const Row rows[] = {
-      {.name = "hashed (ED), as minisign signs by default", .signature = signature, .expect = ""},
-      {.name = "legacy (Ed)", .signature = legacy, .expect = ""},
-      {.name = "the whole .pub file as the key", .signature = signature, .expect = "", .key = key},
-      {.name = "a byte of the archive flipped", .signature = signature, .expect = kBad, .archive = tampered},
-      {.name = "a byte of the archive flipped, legacy", .signature = legacy, .expect = kBad, .archive = tampered},
-      {.name = "the algorithm ED read as Ed", .signature = Flipped(signature, 1, 1, 0x20), .expect = kBad},
-      {.name = "the algorithm Ed read as ED", .signature = Flipped(legacy, 1, 1, 0x20), .expect = kBad},
-      {.name = "a byte of the algorithm flipped",
-       .signature = Flipped(signature, 1, 0),
+      {.name = "hashed (ED), minisign's default", .sig = signature},
+      {.name = "legacy (Ed)", .sig = legacy},
+      {.name = "the whole .pub file as the key", .sig = signature, .key = key},
+      {.name = "a byte of the archive flipped", .sig = signature, .expect = kBad, .archive = tampered},
+      {.name = "a byte of the archive flipped, legacy", .sig = legacy, .expect = kBad, .archive = tampered},
+      {.name = "the algorithm ED read as Ed", .sig = Flipped(signature, 1, 1, 0x20), .expect = kBad},
+      {.name = "the algorithm flipped",
+       .sig = Flipped(signature, 1, 0),
        .expect = "the signature algorithm is neither Ed nor ED"},
-      {.name = "a byte of the key id flipped",
-       .signature = Flipped(signature, 1, 5),
-       .expect = "the key id does not match the key"},
-      {.name = "a byte of the signature flipped", .signature = Flipped(signature, 1, 40), .expect = kBad},
-      {.name = "a byte of the global signature flipped",
-       .signature = Flipped(signature, 3, 10),
-       .expect = "the global signature does not verify"},
+      {.name = "the key id flipped", .sig = Flipped(signature, 1, 5), .expect = kKeyId},
+      {.name = "the signature flipped", .sig = Flipped(signature, 1, 40), .expect = kBad},
+      {.name = "the global signature flipped", .sig = Flipped(signature, 3, 10), .expect = kGlobal},
       {.name = "the trusted comment changed to the name served",
-       .signature = Replaced(signature, "file:Velmaris_2", "file:Velmaris_3"),
-       .expect = "the global signature does not verify",
-       .fileName = "Velmaris_3.0.0.dmg.zip"},
-      {.name = "another key", .signature = signature, .expect = "the key id does not match the key",
-       .key = Line(testing::ReadFile(At("/other.pub")), 1)},
+       .sig = Replaced(signature, "file:Velmaris_2", "file:Velmaris_3"),
+       .expect = kGlobal,
+       .fileName = newName},
+      {.name = "another key", .sig = signature, .expect = kKeyId, .key = other},
       {.name = "an older archive served under a new name",
-       .signature = signature,
+       .sig = signature,
        .expect = "the trusted comment names another file",
-       .fileName = "Velmaris_3.0.0.dmg.zip"},
+       .fileName = newName},
       {.name = "no file: in the trusted comment",
-       .signature = testing::ReadFile(mFiles + "nofile"),
+       .sig = testing::ReadFile(mFiles + "nofile"),
        .expect = "the trusted comment names no file"},
       {.name = "truncated",
-       .signature = signature.substr(0, signature.size() / 2),
+       .sig = signature.substr(0, signature.size() / 2),
        .expect = "the signature file is truncated"},
       {.name = "cut inside the global signature",
-       .signature = signature.substr(0, signature.size() - 10),
+       .sig = signature.substr(0, signature.size() - 10),
        .expect = "the global signature line is not a signature"},
-      {.name = "empty", .signature = "", .expect = "the signature file is empty"},
-      {.name = "missing", .signature = std::nullopt, .expect = "the signature file is missing or can't be read"},
+      {.name = "empty", .sig = "", .expect = "the signature file is empty"},
+      {.name = "missing", .sig = std::nullopt, .expect = "the signature file is missing or can't be read"},
       {.name = "an error page",
-       .signature = "<html><body>404 Not Found</body></html>\n",
+       .sig = "<html>404 Not Found</html>\n",
        .expect = "the signature file is not in the minisign format"},
-      {.name = "a key line that is no key",
-       .signature = signature,
-       .expect = "the public key is not a minisign key",
-       .key = Line(signature, 1)},
-      {.name = "a key of another algorithm",
-       .signature = signature,
-       .expect = "the public key is not a minisign key",
-       .key = Flipped(Line(key, 1), 0, 1)},
+      {.name = "a key line that is no key", .sig = signature, .expect = kNoKey, .key = Line(signature, 1)},
+      {.name = "a key of another algorithm", .sig = signature, .expect = kNoKey, .key = Flipped(Line(key, 1), 0, 1)},
   };
   const std::string path = At("/check/" + kArchive), signaturePath = path + ".minisig";
   fs::create_directories(At("/check"));
@@ -144,7 +135,7 @@ TEST_F(MinisignTest, EachCheckRefusesWhatItGuards) {
     SCOPED_TRACE(row.name);
     testing::WriteFile(path, row.archive.empty() ? archive : row.archive);
     fs::remove(signaturePath);
-    if (row.signature) testing::WriteFile(signaturePath, *row.signature);
+    if (row.sig) testing::WriteFile(signaturePath, *row.sig);
     EXPECT_EQ(VerifyMinisignSignature(row.key.empty() ? Line(key, 1) : row.key, path, signaturePath, row.fileName),
               row.expect);
   }
