@@ -24,9 +24,9 @@ constexpr size_t kPublicKeyBytes = kAlgorithmBytes + kKeyIdBytes + crypto_sign_P
 constexpr size_t kSignatureBytes = kAlgorithmBytes + kKeyIdBytes + crypto_sign_BYTES;
 // A signature file is four short lines; a longer one is no signature file,
 // and it is not read further.
-constexpr size_t kSignatureFileLimit = 64 * 1024;
+constexpr size_t kSignatureFileLimit = size_t{64} * 1024;
 // The size of the reads under "ED": memory stays at this whatever the file's size.
-constexpr size_t kChunkBytes = 256 * 1024;
+constexpr size_t kChunkBytes = size_t{256} * 1024;
 
 constexpr std::string_view kUntrustedComment = "untrusted comment:";
 constexpr std::string_view kTrustedComment = "trusted comment: ";
