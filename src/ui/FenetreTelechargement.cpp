@@ -122,8 +122,8 @@ void FenetreTelechargement::_CreateControls0() {
   };
   Downloader().Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
   mSurveillanceTelechargement.Action = [this](Timer& sender) {
-    AbandonnerTelechargement("nothing arrived for " + Format(static_cast<double>(sender.Period()) / 1000.0, "0.#") +
-                             " s");
+    AbandonnerTelechargement("the download failed: nothing arrived for " +
+                             Format(static_cast<double>(sender.Period()) / 1000.0, "0.#") + " s");
   };
 
   _AddControl("ImageLogo", _NewControl<Canvas>());

@@ -67,7 +67,7 @@ class FenetreTelechargement : public Window {
   void FermetureDemandee();
 
  private:
-  // The road of a download that can't go on: the reason on stderr, dialog,
+  // The road of a download that can't go on: why, on stderr; the dialog;
   // partial files removed, main application re-opened, end of the run.
   [[noreturn]] void AbandonnerTelechargement(const std::string& raison);
   // Stops the download and removes what it wrote.
@@ -95,6 +95,8 @@ class FenetreTelechargement : public Window {
   bool mMiseAJourAnnulable = false;
   // The body bytes of the download under way, as they arrived.
   int64_t mOctetsRecus = 0;
+  // The archive is in, and its signature is coming.
+  bool mSignatureEnCours = false;
 };
 
 // The window's one instance, made and opened (Event_Open, then shown) at the

@@ -6,10 +6,12 @@
 #include <iostream>
 
 #include "base/FolderItem.h"
+#include "base/Minisign.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
+#include "core/UpdateKey.h"
 #include "core/VelmarisMAJ.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Strings.h"
@@ -44,6 +46,9 @@ int64_t DelaiInactiviteMillisecondes() {
 String CheminTelechargement() {
   return System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(App().strURLGlobal);
 }
+
+// The archive's minisign signature, fetched beside it.
+const String kExtensionSignature = ".minisig";
 
 // "512 KB", "3.2 MB": the amount received when no length was announced.
 String TailleRecue(int64_t bytes) {
@@ -108,6 +113,8 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
                                                        int64_t totalBytes, const std::string& /*newData*/) {
   SurveillerTelechargement();
   mOctetsRecus = bytesReceived;
+  // The display is the archive's; its signature's few bytes don't move it.
+  if (mSignatureEnCours) return;
   if (totalBytes < 1) {
     // No length announced: a busy bar, and the amount received so far.
     ProgressBarDonwload().SetMaximum(0);
@@ -131,7 +138,25 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   // A page of another status, a body cut short or a write that failed is no
   // archive: the download's failure, before anything is unzipped.
   const String defaut = DefautTelechargement(httpStatus, headers, mOctetsRecus, file);
-  if (defaut != "") AbandonnerTelechargement(defaut);
+  if (defaut != "") {
+    AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
+                             defaut);
+  }
+  // With a key, only an archive that it signed under its own name goes on.
+  const String cle = ClePubliqueMiseAJour();
+  if (cle == "") {
+    std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
+  } else if (!mSignatureEnCours) {
+    mSignatureEnCours = true;
+    Telecharger(App().strURLGlobal + kExtensionSignature,
+                New<FolderItem>(CheminTelechargement() + kExtensionSignature, FolderItem::PathModes::Shell));
+    return;
+  } else {
+    const String echec =
+        VerifyMinisignSignature(cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
+                                App().ExtraireNomFichier(App().strURLGlobal));
+    if (echec != "") AbandonnerTelechargement("the signature check failed: " + echec);
+  }
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
@@ -140,11 +165,11 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
 }
 
 void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t code) {
-  AbandonnerTelechargement("the connection failed (socket error " + Str(code) + ")");
+  AbandonnerTelechargement("the download failed: the connection failed (socket error " + Str(code) + ")");
 }
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
-  std::cerr << "VelmarisMAJ: the download failed: " << raison << "\n";
+  std::cerr << "VelmarisMAJ: " << raison << "\n";
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   Shell sh;
@@ -157,7 +182,7 @@ void FenetreTelechargement::AnnulerTelechargement() {
   mSurveillanceTelechargement.SetMode(0);
   Downloader().Close();
   Downloader()._KillDownloadStream();
-  for (const String& chemin : {CheminTelechargement(), CheminTelechargement() + ".minisig"}) {
+  for (const String& chemin : {CheminTelechargement(), CheminTelechargement() + kExtensionSignature}) {
     auto partiel = New<FolderItem>(chemin, FolderItem::PathModes::Shell);
     if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
   }

@@ -33,7 +33,10 @@ class UpdateJobEndToEnd : public ::testing::Test {
     // "Serving HTTP on 127.0.0.1 port 43567 (http://127.0.0.1:43567/) ..."
     mPythonPort = mPython.readAllStandardOutput().split(' ').at(5).toUShort();
   }
-  void TearDown() override { mPython.kill(); }
+  void TearDown() override {
+    mPython.kill();
+    mPython.waitForFinished();
+  }
 
   std::string Files() const { return mWeb.path().toStdString() + "/downloads/files"; }
   // Velmaris_<version>.dmg.zip on the server: a zip holding the disk image,
@@ -53,13 +56,15 @@ class UpdateJobEndToEnd : public ::testing::Test {
       testing::MakeApplication(stage + "/Velmaris.app", version, resources);
     });
   }
-  // Starts the update of the sandbox's application to that version.
+  // Starts the update of the sandbox's application to that version, with
+  // no key to check it with unless given.
   void Start(testing::ToolRun& run, const std::string& version, uint16_t port = 0,
-             const std::string& repapp = kApplication) {
+             const std::string& repapp = kApplication, const std::string& key = "") {
     run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version},
               {{"VELMARIS_VOLUMES", run.At("/Volumes")},
                {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port ? port : mPythonPort)},
-               {"VELMARIS_STALL_SECONDS", "1"}});
+               {"VELMARIS_STALL_SECONDS", "1"},
+               {"VELMARIS_UPDATE_PUBLIC_KEY", key}});
   }
   // Nothing left of the update but the application: no copy beside it, no
   // download, no volume.
@@ -189,6 +194,74 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     ExpectNothingLeft(run, row.application);
     EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
     EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
+  }
+}
+
+// With a key, only an archive that it signed under its own name is
+// installed; anything else keeps the old application.
+TEST_F(UpdateJobEndToEnd, WithAKeyOnlyAnArchiveSignedUnderItsNameInstalls) {
+  Shell sh;
+  const std::string keys = mWeb.path().toStdString();
+  sh.Execute("minisign -G -W -p " + keys + "/a.pub -s " + keys + "/a.key >/dev/null && minisign -G -W -p " + keys +
+             "/b.pub -s " + keys + "/b.key >/dev/null");
+  if (sh.ErrorCode() != 0) GTEST_SKIP() << "minisign is not installed; apt-get install minisign";
+  const std::string key = testing::ReadFile(keys + "/a.pub").substr(testing::ReadFile(keys + "/a.pub").find('\n') + 1);
+  // An archive past the installation's size limit, published by the script that publishers use.
+  const auto publish = [&](const std::string& version, const std::string& secret) {
+    const std::string bundle = keys + "/" + version + "/Velmaris.app";
+    testing::MakeApplication(bundle, version);
+    sh.Execute("head -c 30000 /dev/urandom > " + bundle + "/Contents/padding.bin && " + VELMARIS_SOURCE_DIR +
+               "/scripts/publish-update " + bundle + " " + version + " " + keys +
+               (secret.empty() ? "" : " " + keys + "/" + secret) + " >/dev/null");
+    ASSERT_EQ(sh.ErrorCode(), 0) << version;
+  };
+  publish("2.0.0", "a.key");
+  publish("2.1.0", "a.key");
+  sh.Execute("printf x | dd of=" + Files() + "/Velmaris_2.1.0.dmg.zip bs=1 seek=5000 conv=notrunc 2>/dev/null");
+  publish("2.2.0", "");
+  publish("2.3.0", "b.key");
+  for (const std::string extension : {"", ".minisig"}) {
+    fs::copy_file(Files() + "/Velmaris_2.0.0.dmg.zip" + extension, Files() + "/Velmaris_2.4.0.dmg.zip" + extension);
+  }
+  struct Row {
+    const char* name;
+    std::string version;
+    std::string check;  // the stderr line of the check that failed; "" when it installs
+    testing::ToolRun run = {};
+  } rows[] = {
+      {.name = "signed", .version = "2.0.0", .check = ""},
+      {.name = "tampered", .version = "2.1.0", .check = "the signature does not verify"},
+      {.name = "no signature", .version = "2.2.0", .check = "the signature's download failed: the server answered 404"},
+      {.name = "another key's", .version = "2.3.0", .check = "the key id does not match the key"},
+      {.name = "an older one under the new name", .version = "2.4.0", .check = "names another file"},
+  };
+  for (Row& row : rows) {
+    testing::MakeApplication(row.run.At(kApplication), "1");
+    fs::create_directories(row.run.At("/home/Downloads"));
+    Start(row.run, row.version, 0, kApplication, key);
+  }
+  // Without a key, an unsigned archive installs as ever.
+  Row unsigned_ = {.name = "no key", .version = "2.2.0", .check = ""};
+  testing::MakeApplication(unsigned_.run.At(kApplication), "1");
+  fs::create_directories(unsigned_.run.At("/home/Downloads"));
+  Start(unsigned_.run, "2.2.0");
+  const std::string notAuthenticated = "the archive is not authenticated";
+  const std::string told = unsigned_.run.Finish();
+  EXPECT_NE(told.find(notAuthenticated), std::string::npos) << told;
+  EXPECT_EQ(testing::InstalledVersion(unsigned_.run.At(kApplication)), "2.2.0") << told;
+  for (Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string errors = row.run.Finish();
+    EXPECT_EQ(errors.find(notAuthenticated), std::string::npos) << errors;
+    if (row.check.empty()) {
+      EXPECT_EQ(testing::InstalledVersion(row.run.At(kApplication)), row.version) << errors;
+    } else {
+      EXPECT_NE(errors.find(row.check), std::string::npos) << errors;
+      EXPECT_NE(errors.find(kDownloadFailed), std::string::npos) << errors;
+      EXPECT_EQ(testing::InstalledVersion(row.run.At(kApplication)), "1");
+      EXPECT_EQ(row.run.Opened(true), "opened 1\n");
+    }
+    ExpectNothingLeft(row.run);
   }
 }
 
