@@ -102,10 +102,9 @@ class FileDescriptor {
 };
 
 // The BLAKE2b-512 of the file, read in chunks; nothing on a read error.
-std::optional<Bytes> HashFile(int fd) {
-  crypto_generichash_state state;
-  crypto_generichash_init(&state, nullptr, 0, crypto_generichash_BYTES_MAX);
-  Bytes chunk(kChunkBytes);
+std::optional<std::string> HashFile(int fd) {
+  Blake2b512 hash;
+  std::string chunk(kChunkBytes, '\0');
   for (;;) {
     const ssize_t count = ::read(fd, chunk.data(), chunk.size());
     if (count == 0) break;
@@ -113,22 +112,21 @@ std::optional<Bytes> HashFile(int fd) {
       if (errno == EINTR) continue;
       return std::nullopt;
     }
-    crypto_generichash_update(&state, chunk.data(), static_cast<unsigned long long>(count));
+    hash.Update(std::string_view(chunk).substr(0, static_cast<size_t>(count)));
   }
-  Bytes digest(crypto_generichash_BYTES_MAX);
-  crypto_generichash_final(&state, digest.data(), digest.size());
-  return digest;
+  return hash.Digest();
 }
 
 // Whether the signature of the file verifies; nothing when the file can't be read.
-std::optional<bool> VerifyFile(const std::string& path, bool hashed, const unsigned char* signature,
-                               const unsigned char* key) {
+std::optional<bool> VerifyFile(const std::string& path, bool hashed, const std::string& given,
+                               const unsigned char* signature, const unsigned char* key) {
   const FileDescriptor file(path);
   if (file.Get() < 0) return std::nullopt;
   if (hashed) {
-    const std::optional<Bytes> digest = HashFile(file.Get());
+    const std::optional<std::string> digest = given.empty() ? HashFile(file.Get()) : given;
     if (!digest) return std::nullopt;
-    return crypto_sign_verify_detached(signature, digest->data(), digest->size(), key) == 0;
+    return crypto_sign_verify_detached(signature, reinterpret_cast<const unsigned char*>(digest->data()),
+                                       digest->size(), key) == 0;
   }
   // libsodium verifies plain Ed25519 over the whole message in one call and
   // has no streaming form of it. A read-only map hands it the file without a
@@ -164,8 +162,33 @@ std::optional<bool> CommentNamesFile(std::string_view comment, const std::string
 
 }  // namespace
 
+struct Blake2b512::State {
+  crypto_generichash_state state;
+};
+
+Blake2b512::Blake2b512() : mState(std::make_unique<State>()) {
+  // Picks the fastest implementation for this processor; harmless when
+  // repeated. Hashing works even where it fails (no random source).
+  [[maybe_unused]] const int ready = sodium_init();
+  crypto_generichash_init(&mState->state, nullptr, 0, crypto_generichash_BYTES_MAX);
+}
+
+Blake2b512::~Blake2b512() = default;
+
+void Blake2b512::Update(std::string_view bytes) {
+  crypto_generichash_update(&mState->state, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+}
+
+std::string Blake2b512::Digest() const {
+  State copy = *mState;
+  std::string digest(crypto_generichash_BYTES_MAX, '\0');
+  crypto_generichash_final(&copy.state, reinterpret_cast<unsigned char*>(digest.data()), digest.size());
+  return digest;
+}
+
 std::string VerifyMinisignSignature(const std::string& publicKey, const std::string& path,
-                                    const std::string& signaturePath, const std::string& fileName) {
+                                    const std::string& signaturePath, const std::string& fileName,
+                                    const std::string& digest) {
   if (sodium_init() < 0) return "libsodium can't be initialised";
   const std::optional<Bytes> key = DecodePublicKey(publicKey);
   if (!key) return "the public key is not a minisign key";
@@ -191,7 +214,7 @@ std::string VerifyMinisignSignature(const std::string& publicKey, const std::str
   if (std::memcmp(signature->data() + kAlgorithmBytes, key->data() + kAlgorithmBytes, kKeyIdBytes) != 0)
     return "the key id does not match the key";
 
-  const std::optional<bool> verified = VerifyFile(path, (*signature)[1] == 'D', signed64, key32);
+  const std::optional<bool> verified = VerifyFile(path, (*signature)[1] == 'D', digest, signed64, key32);
   if (!verified) return "the signed file can't be read";
   if (!*verified) return "the signature does not verify";
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/Control.h"
+#include "base/Minisign.h"
 #include "base/Timer.h"
 #include "base/Window.h"
 #include "http/HTTPSocket.h"
@@ -97,6 +98,9 @@ class FenetreTelechargement : public Window {
   int64_t mOctetsRecus = 0;
   // The archive is in, and its signature is coming.
   bool mSignatureEnCours = false;
+  // With a key, the archive's digest, taken as its bytes arrive, so that
+  // its signature's check needs no second pass over it.
+  std::unique_ptr<Blake2b512> mEmpreinteArchive;
 };
 
 // The window's one instance, made and opened (Event_Open, then shown) at the

@@ -93,6 +93,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
     try {
       auto fichierTelecharge = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
       if (!fichierTelecharge->Parent()->Exists()) fichierTelecharge->Parent()->CreateAsFolder();
+      if (ClePubliqueMiseAJour() != "") mEmpreinteArchive = std::make_unique<Blake2b512>();
       Telecharger(app.strURLGlobal, fichierTelecharge);
       bTelechargementLance = true;
     } catch (const IOException&) {
@@ -110,11 +111,12 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
 }
 
 void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, int64_t bytesReceived,
-                                                       int64_t totalBytes, const std::string& /*newData*/) {
+                                                       int64_t totalBytes, const std::string& newData) {
   SurveillerTelechargement();
   mOctetsRecus = bytesReceived;
   // The display is the archive's; its signature's few bytes don't move it.
   if (mSignatureEnCours) return;
+  if (mEmpreinteArchive) mEmpreinteArchive->Update(newData);
   if (totalBytes < 1) {
     // No length announced: a busy bar, and the amount received so far.
     ProgressBarDonwload().SetMaximum(0);
@@ -152,9 +154,9 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
                 New<FolderItem>(CheminTelechargement() + kExtensionSignature, FolderItem::PathModes::Shell));
     return;
   } else {
-    const String echec =
-        VerifyMinisignSignature(cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
-                                App().ExtraireNomFichier(App().strURLGlobal));
+    const String echec = VerifyMinisignSignature(
+        cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
+        App().ExtraireNomFichier(App().strURLGlobal), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
     if (echec != "") AbandonnerTelechargement("the signature check failed: " + echec);
   }
   LabelDownload().SetVisible(false);
