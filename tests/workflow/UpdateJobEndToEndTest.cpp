@@ -112,6 +112,11 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     fs::create_directory_symlink(QDir::homePath().toStdString(), stage + "/Velmaris.app");
   });
   MakeArchive("8.0.0", [](const std::string& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
+  // Contents/MacOS a link to programs elsewhere.
+  MakeArchive("9.0.0", [](const std::string& stage) {
+    fs::create_directories(stage + "/Velmaris.app/Contents");
+    fs::create_directory_symlink("/bin", stage + "/Velmaris.app/Contents/MacOS");
+  });
   const std::string archive = testing::ReadFile(Files() + "/Velmaris_2.0.0.dmg.zip");
   const std::string start =
       "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(archive.size()) + "\r\n\r\n" + archive.substr(0, 20000);
@@ -181,6 +186,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "Velmaris.app an empty folder", .version = "6.0.0"},
       {.name = "Velmaris.app a link to the home folder", .version = "7.0.0"},
       {.name = "Velmaris.app a link to the root", .version = "8.0.0"},
+      {.name = "Contents/MacOS a link", .version = "9.0.0"},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris"},
       {.name = "a stalled server", .port = stalled.Port(), .messages = {kDownloadFailed}},
       // Would a 404 page of this name be downloaded, its removal would run the command.
