@@ -54,8 +54,11 @@ struct Installation {
     unmount = "hdiutil unmount /Volumes/" + strVolume;
     removeArchive = "rm ~/Downloads/" + strFichierZip;
     removeDownloads = "rm ~/Downloads/" + strFichierDMG + " ~/Downloads/" + strFichierZip;
-    if (Dossier(strCheminTelechargement + ".minisig")->Exists())
+    // A signed archive's signature goes with it.
+    if (Dossier(strCheminTelechargement + ".minisig")->Exists()) {
+      removeArchive += " ~/Downloads/" + strFichierZip + ".minisig";
       removeDownloads += " ~/Downloads/" + strFichierZip + ".minisig";
+    }
     openApplication = "open " + Guillemets(app.strCheminApp);
   }
 
