@@ -51,15 +51,15 @@ inline void MakeApplication(const std::string& bundle, const std::string& versio
   std::filesystem::permissions(bundle + "/Contents/MacOS/Velmaris", std::filesystem::perms(0755));
 }
 
-// One run of the binary without a display, with HOME at "/home" in a folder
-// of its own, which holds Downloads, and no XDG_DATA_HOME unless given.
+// One run of the binary, with HOME at "/home" in a folder of its own, which
+// holds Downloads; no display, XDG_DATA_HOME or XDG_RUNTIME_DIR unless given.
 class ToolRun {
  public:
   std::string At(const std::string& path) const { return mFolder.path().toStdString() + path; }
   void Start(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& variables) {
     std::filesystem::create_directories(At("/home/Downloads"));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME"})
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
       environment.remove(name);
     environment.insert("HOME", QString::fromStdString(At("/home")));
     for (const auto& [name, value] : variables) environment.insert(name.c_str(), QString::fromStdString(value));
