@@ -44,12 +44,6 @@ String CheminTelechargement() {
   return System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(App().strURLGlobal);
 }
 
-// "512 KB", "3.2 MB": the amount received when no length was announced.
-String TailleRecue(int64_t bytes) {
-  if (bytes < 1000000) return Format(static_cast<double>(bytes) / 1000.0, "0") + " KB";
-  return Format(static_cast<double>(bytes) / 1000000.0, "0.0") + " MB";
-}
-
 }  // namespace
 
 void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
@@ -95,7 +89,7 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
     // No length announced: a busy bar, and the amount received so far.
     ProgressBarDonwload().SetMaximum(0);
     ProgressBarDonwload().Refresh(true);
-    LabelDownload().SetText(TailleRecue(bytesReceived));
+    LabelDownload().SetText(Strings::TailleRecue(bytesReceived));
     LabelDownload().Refresh(true);
     return;
   }

@@ -49,10 +49,13 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   const std::string archive = testing::ReadFile(files + "/Velmaris_2.0.0.dmg.zip");
   const std::string start =
       "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(archive.size()) + "\r\n\r\n" + archive.substr(0, 20000);
-  testing::TestServer cutShort, stalled;
+  testing::TestServer cutShort, stalled, noLength;
   cutShort.Serve(
       {{testing::TestServer::ReadRequest(), testing::TestServer::Send(start), testing::TestServer::Close()}});
   stalled.Serve({{testing::TestServer::ReadRequest(), testing::TestServer::Send(start)}});
+  noLength.Serve({{testing::TestServer::ReadRequest(),
+                   testing::TestServer::Send("HTTP/1.0 200 OK\r\n\r\n" + std::string(20000, 'x')),
+                   testing::TestServer::Pause(100), testing::TestServer::Send(std::string(250000, 'x'))}});
 
   struct Row {
     const char* name;
@@ -79,6 +82,10 @@ TEST(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .opened = ""},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris", .messages = {kInstallFailed}},
       {.name = "a stalled server", .port = stalled.Port(), .messages = {kDownloadFailed}},
+      // Headless, the amount shows as the percentage does, the last one too.
+      {.name = "no length, then a stall",
+       .port = noLength.Port(),
+       .messages = {"Download Velmaris_2.0.0.dmg.zip in progress...", "VelmarisMAJ: 270 KB\n", kDownloadFailed}},
       // Would a 404 page of this name be downloaded, its removal would run the command.
       {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
       {.name = "a smuggling path",
