@@ -49,7 +49,7 @@ int main(int argc, char** argv) {
   class FenetreTelechargement& window = FenetreTelechargement();
   // The dispatcher is not what is measured.
   window.TimerQuit().SetMode(0);
-  window.ProgressBarDonwload().SetHeadlessEcho(false);
+  window.LabelDownload().SetHeadlessEcho(false);
   window.ProgressBarDonwload().SetVisible(true);
   window.LabelDownload().SetVisible(true);
   PaintCounter counter;

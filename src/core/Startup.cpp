@@ -25,6 +25,16 @@ std::unique_ptr<QApplication>& Framework() {
 // Qt keeps references to argc and argv for the life of the application.
 int gArgc = 0;
 
+QtMessageHandler gQtMessages = nullptr;
+
+// Qt warns on every start when XDG_RUNTIME_DIR is unset, as it is outside a
+// desktop session; the tool keeps nothing there, so the warning tells its
+// user nothing. Every other message of Qt goes on as before.
+void FilterQtMessages(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
+  gQtMessages(type, context, message);
+}
+
 // Without a display the tool runs on Qt's offscreen platform, where dialogs
 // become stderr lines.
 void SelectPlatform() {
@@ -39,6 +49,7 @@ void SelectPlatform() {
 void RuntimeInit(int argc, char** argv) {
   System::SetArguments(std::vector<std::string>(argv, argv + argc));
   SelectPlatform();
+  gQtMessages = qInstallMessageHandler(FilterQtMessages);
   gArgc = argc;
   Framework() = std::make_unique<QApplication>(gArgc, argv);
   QApplication::setApplicationName(QStringLiteral("VelmarisMAJ"));

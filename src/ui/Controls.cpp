@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QPainter>
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -12,7 +13,8 @@ namespace velmaris {
 
 namespace {
 
-constexpr std::chrono::milliseconds kEchoInterval(250);
+// Between a label's text and the window's right edge.
+constexpr int kRightMargin = 4;
 
 void Echo(const std::string& text) { std::cerr << "VelmarisMAJ: " << text << std::endl; }
 
@@ -66,13 +68,53 @@ bool SetVisibleControlProperty(QWidget& control, const std::string& name, const 
   return true;
 }
 
-Label::Label(QWidget* parent) : QLabel(parent) { setAlignment(Alignment(0)); }
+Label::Label(QWidget* parent) : QLabel(parent) {
+  setAlignment(Alignment(0));
+  mHeldEcho.setSingleShot(true);
+  connect(&mHeldEcho, &QTimer::timeout, this, [this] { WriteEcho(); });
+}
 
 void Label::SetText(const std::string& text) {
   const QString newText = QString::fromStdString(text);
   if (newText == this->text()) return;
   setText(newText);
-  if (mHeadlessEcho && !HasDisplay()) Echo(text);
+  KeepInsideWindow();
+  if (mHeadlessEcho && !HasDisplay()) EchoText();
+}
+
+void Label::SetVisible(bool visible) {
+  if (!visible && mHeldEcho.isActive()) WriteEcho();
+  setVisible(visible);
+}
+
+void Label::SetHeadlessEcho(bool echo, std::chrono::milliseconds interval) {
+  mHeadlessEcho = echo;
+  mEchoInterval = interval;
+}
+
+void Label::EchoText() {
+  const auto since = std::chrono::steady_clock::now() - mLastEcho;
+  if (mEchoed && since < mEchoInterval) {
+    if (!mHeldEcho.isActive()) mHeldEcho.start(std::chrono::ceil<std::chrono::milliseconds>(mEchoInterval - since));
+    return;
+  }
+  WriteEcho();
+}
+
+void Label::WriteEcho() {
+  mHeldEcho.stop();
+  mEchoed = true;
+  mLastEcho = std::chrono::steady_clock::now();
+  Echo(text().toStdString());
+}
+
+void Label::KeepInsideWindow() {
+  QRect place = mPlace;
+  const int textWidth = fontMetrics().horizontalAdvance(text());
+  const int limit = (parentWidget() != nullptr ? parentWidget()->width() : place.right() + 1) - kRightMargin;
+  if (place.left() + textWidth > limit)
+    place = QRect(std::max(0, limit - textWidth), place.top(), textWidth, place.height());
+  setGeometry(place);
 }
 
 void Label::Refresh(bool immediately) { Repaint(*this, immediately); }
@@ -82,8 +124,21 @@ bool Label::SetProperty(const std::string& name, const PropertyValue& value) {
     QFont textFont = font();
     change(textFont);
     setFont(textFont);
+    KeepInsideWindow();
   };
-  if (name == "Text") {
+  if (name == "Left" || name == "Top" || name == "Width" || name == "Height") {
+    const int number = static_cast<int>(AsInteger(value));
+    if (name == "Left") {
+      mPlace.moveLeft(number);
+    } else if (name == "Top") {
+      mPlace.moveTop(number);
+    } else if (name == "Width") {
+      mPlace.setWidth(number);
+    } else {
+      mPlace.setHeight(number);
+    }
+    KeepInsideWindow();
+  } else if (name == "Text") {
     SetText(AsString(value));
   } else if (name == "TextAlign") {
     setAlignment(Alignment(AsInteger(value)));
@@ -128,17 +183,6 @@ bool Label::SetProperty(const std::string& name, const PropertyValue& value) {
 ProgressBar::ProgressBar(QWidget* parent) : QProgressBar(parent) {
   // The percentage has its own label beside the bar.
   setTextVisible(false);
-}
-
-void ProgressBar::SetValue(int64_t value) {
-  const bool changed = value != this->value();
-  setValue(static_cast<int>(value));
-  if (!changed || !mHeadlessEcho || HasDisplay()) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (mEchoed && now - mLastEcho < kEchoInterval && value != maximum()) return;
-  mEchoed = true;
-  mLastEcho = now;
-  Echo(std::to_string(maximum() > 0 ? value * 100 / maximum() : value) + "%");
 }
 
 void ProgressBar::Refresh(bool immediately) { Repaint(*this, immediately); }

@@ -6,6 +6,8 @@
 #include <QImage>
 #include <QLabel>
 #include <QProgressBar>
+#include <QRect>
+#include <QTimer>
 #include <QWidget>
 #include <chrono>
 #include <cstdint>
@@ -15,6 +17,9 @@
 
 namespace velmaris {
 
+// A text that would run past the window's right edge moves the label left,
+// over its neighbours, until the text ends a few pixels inside the edge; the
+// label goes back to its own place with a text that fits there.
 class Label : public QLabel, public Control {
   Q_OBJECT
 
@@ -23,17 +28,28 @@ class Label : public QLabel, public Control {
   std::string Text() const { return text().toStdString(); }
   void SetText(const std::string& text);
   bool Visible() const { return !isHidden(); }
-  void SetVisible(bool visible) { setVisible(visible); }
+  void SetVisible(bool visible);
   // Repaints now when immediately is true, otherwise at the next paint.
   void Refresh(bool immediately);
   bool SetProperty(const std::string& name, const PropertyValue& value) override;
 
   // Without a display, every change of the text is written on stderr, so
-  // that a headless run shows what the label would.
-  void SetHeadlessEcho(bool echo) { mHeadlessEcho = echo; }
+  // that a headless run shows what the label would. With an interval, at
+  // most one line is written per interval: a text held back is written when
+  // its interval is over, or at once when the label hides.
+  void SetHeadlessEcho(bool echo, std::chrono::milliseconds interval = std::chrono::milliseconds::zero());
 
  private:
+  void EchoText();
+  void WriteEcho();
+  void KeepInsideWindow();
+
+  QRect mPlace;  // as laid out
   bool mHeadlessEcho = false;
+  std::chrono::milliseconds mEchoInterval{0};
+  bool mEchoed = false;
+  std::chrono::steady_clock::time_point mLastEcho;
+  QTimer mHeldEcho;
 };
 
 class ProgressBar : public QProgressBar, public Control {
@@ -42,22 +58,13 @@ class ProgressBar : public QProgressBar, public Control {
  public:
   explicit ProgressBar(QWidget* parent);
   int64_t Value() const { return value(); }
-  void SetValue(int64_t value);
+  void SetValue(int64_t value) { setValue(static_cast<int>(value)); }
   int64_t Maximum() const { return maximum(); }
   void SetMaximum(int64_t maximum) { setMaximum(static_cast<int>(maximum)); }
   bool Visible() const { return !isHidden(); }
   void SetVisible(bool visible) { setVisible(visible); }
   void Refresh(bool immediately);
   bool SetProperty(const std::string& name, const PropertyValue& value) override;
-
-  // Without a display, the percentage is written on stderr at most four
-  // times a second, and always when it reaches the maximum.
-  void SetHeadlessEcho(bool echo) { mHeadlessEcho = echo; }
-
- private:
-  bool mHeadlessEcho = false;
-  bool mEchoed = false;
-  std::chrono::steady_clock::time_point mLastEcho;
 };
 
 // A picture drawn at the control's top left corner.

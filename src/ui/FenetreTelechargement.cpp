@@ -97,9 +97,11 @@ const PropertyBlock kDownloader = {{"Address", std::string()},
 FenetreTelechargement::FenetreTelechargement() : Window(App().MenuBar) {
   Layout();
   CreateControls();
-  // Without a display these two say on stderr what the window would show.
+  // Without a display these two say on stderr what the window would show:
+  // every status, and the download's percentage or amount four times a
+  // second at most.
   LabelTelechargement().SetHeadlessEcho(true);
-  ProgressBarDonwload().SetHeadlessEcho(true);
+  LabelDownload().SetHeadlessEcho(true, std::chrono::milliseconds(250));
   CloseRequested = [this](Window& /*sender*/) { FermetureDemandee(); };
 }
 

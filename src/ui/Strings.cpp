@@ -1,5 +1,6 @@
 #include "ui/Strings.h"
 
+#include "base/StringFunctions.h"
 #include "base/System.h"
 
 namespace velmaris::Strings {
@@ -22,7 +23,15 @@ VELMARIS_STRING(kMsgBoxErreurRestauration, "Errors encountered in restoring data
 VELMARIS_STRING(kMsgBoxVelmarisDispo, "Velmaris application has not been updated.")
 VELMARIS_STRING(kMsgBoxTelechargerSite, "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.")
 VELMARIS_STRING(kTitreFenetreTelechargement, "Velmaris Update")
+VELMARIS_STRING(kUniteKo, " KB")
+VELMARIS_STRING(kUniteMo, " MB")
+VELMARIS_STRING(kSeparateurDecimal, ".")
 
 #undef VELMARIS_STRING
+
+std::string TailleRecue(int64_t bytes) {
+  if (bytes < 1000000) return Format(static_cast<double>(bytes) / 1000.0, "0") + kUniteKo();
+  return Replace(Format(static_cast<double>(bytes) / 1000000.0, "0.0"), ".", kSeparateurDecimal()) + kUniteMo();
+}
 
 }  // namespace velmaris::Strings

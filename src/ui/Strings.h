@@ -3,6 +3,7 @@
 // "Strings." and its name, with its English text as the default. An empty
 // language is the user's.
 
+#include <cstdint>
 #include <string>
 
 namespace velmaris::Strings {
@@ -23,5 +24,13 @@ std::string kMsgBoxTelechargerSite(const std::string& language = "");
 // The window's title from its opening on; the restoration job replaces it
 // with kTitreFenetreRestaurerDB.
 std::string kTitreFenetreTelechargement(const std::string& language = "");
+
+// The amount received when no length was announced: a number with
+// kSeparateurDecimal and a unit that begins with its blank.
+std::string kUniteKo(const std::string& language = "");
+std::string kUniteMo(const std::string& language = "");
+std::string kSeparateurDecimal(const std::string& language = "");
+// "512 KB", "3.2 MB"; in French "512 Ko", "3,2 Mo".
+std::string TailleRecue(int64_t bytes);
 
 }  // namespace velmaris::Strings

@@ -50,12 +50,6 @@ String CheminTelechargement() {
 // The archive's minisign signature, fetched beside it.
 const String kExtensionSignature = ".minisig";
 
-// "512 KB", "3.2 MB": the amount received when no length was announced.
-String TailleRecue(int64_t bytes) {
-  if (bytes < 1000000) return Format(static_cast<double>(bytes) / 1000.0, "0") + " KB";
-  return Format(static_cast<double>(bytes) / 1000000.0, "0.0") + " MB";
-}
-
 // Why what arrived is not the archive, or "" when it is: the whole body of
 // a 200 answer, every byte of it written.
 String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& headers, int64_t recus,
@@ -121,7 +115,7 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
     // No length announced: a busy bar, and the amount received so far.
     ProgressBarDonwload().SetMaximum(0);
     ProgressBarDonwload().Refresh(true);
-    LabelDownload().SetText(TailleRecue(bytesReceived));
+    LabelDownload().SetText(Strings::TailleRecue(bytesReceived));
     LabelDownload().Refresh(true);
     return;
   }

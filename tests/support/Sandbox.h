@@ -78,9 +78,9 @@ inline std::string InstalledVersion(const std::string& bundle) {
   return std::to_string(resources) == ReadFile(bundle + "/Contents/manifest.txt") ? version : "mixed";
 }
 
-// One run of the binary without a display, with HOME at "/home" and TMPDIR
-// at "/tmp" in a folder of its own, or of another run's, and no
-// XDG_DATA_HOME unless given. It may be started again once it has ended.
+// One run of the binary, with HOME at "/home" and TMPDIR at "/tmp" in a
+// folder of its own, or of another run's; no display, XDG_DATA_HOME or
+// XDG_RUNTIME_DIR unless given. It may be started again once it has ended.
 class ToolRun {
  public:
   ToolRun() : ToolRun(std::make_shared<QTemporaryDir>()) {}
@@ -91,7 +91,7 @@ class ToolRun {
     std::filesystem::create_directories(At("/home"));
     std::filesystem::create_directories(At("/tmp"));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME"})
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
       environment.remove(name);
     environment.insert("HOME", QString::fromStdString(At("/home")));
     environment.insert("TMPDIR", QString::fromStdString(At("/tmp")));

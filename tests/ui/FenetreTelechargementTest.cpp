@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
+#include <QTranslator>
+
+#include "base/Translations.h"
 #include "support/TestWindow.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Pictures.h"
@@ -53,7 +57,7 @@ QImage Grab(class FenetreTelechargement& window, const std::string& look) {
 
 // The window in its three looks, as grabbed pictures in the build folder.
 // Headless, it says on stderr what it would show: every new status, and the
-// percentage a few times a second.
+// percentage a few times a second, the last one before the figure hides.
 TEST(FenetreTelechargement, ThreeLooksKeepTheLayout) {
   {
     ::testing::internal::CaptureStderr();
@@ -76,11 +80,12 @@ TEST(FenetreTelechargement, ThreeLooksKeepTheLayout) {
     window->LabelTelechargement().SetText("Download Velmaris_2.1.0.dmg.zip in progress...");
     window->LabelDownload().SetVisible(true);
     window->ProgressBarDonwload().SetVisible(true);
-    for (int percent = 1; percent <= 57; ++percent) window->ProgressBarDonwload().SetValue(percent);
-    window->LabelDownload().SetText("57%");
+    for (int percent = 1; percent <= 57; ++percent) window->LabelDownload().SetText(std::to_string(percent) + "%");
+    window->ProgressBarDonwload().SetValue(57);
     EXPECT_EQ(Controls(*window), Layout(""));
     Grab(*window, "downloading");
-    window->ProgressBarDonwload().SetValue(100);
+    window->LabelDownload().SetText("100%");
+    window->LabelDownload().SetVisible(false);
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
               "VelmarisMAJ: Initialization...\nVelmarisMAJ: Download Velmaris_2.1.0.dmg.zip in progress...\n"
               "VelmarisMAJ: 1%\nVelmarisMAJ: 100%\n");
@@ -90,6 +95,35 @@ TEST(FenetreTelechargement, ThreeLooksKeepTheLayout) {
   window->SetTitle(Strings::kTitreFenetreRestaurerDB());
   EXPECT_EQ(Controls(*window), Layout(" hidden"));
   Grab(*window, "restoring");
+}
+
+// A percentage keeps the figure's place; an amount too wide for it, in
+// English or in French, moves it left over the bar, inside the window.
+TEST(FenetreTelechargement, TheDownloadFigureStaysInsideTheWindow) {
+  testing::TestWindow window(kUpdateJob);
+  window->TimerQuit().SetMode(0);
+  Label& figure = window->LabelDownload();
+  const std::unique_ptr<QTranslator> french = LoadTranslation(QLocale(QStringLiteral("fr")));
+  for (QTranslator* language : {static_cast<QTranslator*>(nullptr), french.get()}) {
+    if (language != nullptr) QCoreApplication::installTranslator(language);
+    for (const std::string& text :
+         {std::string("100%"), Strings::TailleRecue(999600), Strings::TailleRecue(999000000)}) {
+      figure.SetText(text);
+      const QRect place = figure.geometry();
+      const int textWidth = figure.fontMetrics().horizontalAdvance(figure.text());
+      if (text == "100%") {
+        EXPECT_EQ(place, QRect(389, 77, 32, 20));
+      } else {
+        EXPECT_LT(place.left(), 389) << text;
+        EXPECT_GT(place.left(), 359) << text << ": the bar shows";
+        EXPECT_EQ(place.left() + textWidth, 420 - 4) << text;
+        EXPECT_GE(place.width(), textWidth) << text;
+      }
+    }
+  }
+  QCoreApplication::removeTranslator(french.get());
+  figure.SetText("57%");
+  EXPECT_EQ(figure.geometry(), QRect(389, 77, 32, 20)) << "back in its place";
 }
 
 }  // namespace

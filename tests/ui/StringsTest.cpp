@@ -34,7 +34,10 @@ const struct Entry {
      "L\u2019application Velmaris n\u2019a pas été mise à jour."},
     {ENTRY(kMsgBoxTelechargerSite), "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.",
      "Une installation \u00ab\u00a0propre\u00a0\u00bb est nécessaire."},
-    {ENTRY(kTitreFenetreTelechargement), "Velmaris Update", "Mise à jour de Velmaris"}};
+    {ENTRY(kTitreFenetreTelechargement), "Velmaris Update", "Mise à jour de Velmaris"},
+    {ENTRY(kUniteKo), " KB", "\u00a0Ko"},
+    {ENTRY(kUniteMo), " MB", "\u00a0Mo"},
+    {ENTRY(kSeparateurDecimal), ".", ","}};
 #undef ENTRY
 
 // Every constant is looked up by its key at each read: the French
@@ -48,7 +51,9 @@ TEST(Strings, EachConstantIsResolvedByItsKeyAtEveryRead) {
     EXPECT_EQ(french->translate(nullptr, entry.key).toStdString(), entry.french) << entry.key;
     EXPECT_EQ(entry.constant(""), entry.french) << entry.key;
   }
+  EXPECT_EQ(Strings::TailleRecue(3249999) + " " + Strings::TailleRecue(999499), "3,2\u00a0Mo 999\u00a0Ko");
   QCoreApplication::removeTranslator(french.get());
+  EXPECT_EQ(Strings::TailleRecue(3260000) + " " + Strings::TailleRecue(999600), "3.3 MB 1000 KB");
   for (const Entry& entry : kCatalogue) {
     EXPECT_EQ(entry.constant(""), entry.english) << entry.key;
     EXPECT_EQ(entry.constant("de"), entry.english) << entry.key;

@@ -67,7 +67,7 @@ class UpdateJobEndToEnd : public ::testing::Test {
     run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version},
               {{"VELMARIS_VOLUMES", run.At("/Volumes")},
                {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port ? port : mPythonPort)},
-               {"VELMARIS_STALL_SECONDS", "1"},
+               {"VELMARIS_STALL_SECONDS", "3"},
                {"VELMARIS_UPDATE_PUBLIC_KEY", key}});
   }
   // Nothing left of the update but the application: no copy beside it, no
@@ -120,7 +120,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   const std::string archive = testing::ReadFile(Files() + "/Velmaris_2.0.0.dmg.zip");
   const std::string start =
       "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(archive.size()) + "\r\n\r\n" + archive.substr(0, 20000);
-  testing::TestServer cutShort, stalled, notFound;
+  testing::TestServer cutShort, stalled, notFound, noLength;
   cutShort.Serve(
       {{testing::TestServer::ReadRequest(), testing::TestServer::Send(start), testing::TestServer::Close()}});
   stalled.Serve({{testing::TestServer::ReadRequest(), testing::TestServer::Send(start)}});
@@ -128,6 +128,9 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {{testing::TestServer::ReadRequest(),
         testing::TestServer::Send("HTTP/1.0 404 Not Found\r\nContent-Length: 20000\r\n\r\n" + std::string(20000, '<')),
         testing::TestServer::Close()}});
+  noLength.Serve({{testing::TestServer::ReadRequest(),
+                   testing::TestServer::Send("HTTP/1.0 200 OK\r\n\r\n" + std::string(20000, 'x')),
+                   testing::TestServer::Pause(100), testing::TestServer::Send(std::string(250000, 'x'))}});
   const std::vector<std::string> installed = {"Download Velmaris_2.0.0.dmg.zip in progress...", "100%",
                                               "Update installation in progress..."};
   // What an update that was cut off left behind: a copy beside the
@@ -189,6 +192,10 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "Contents/MacOS a link", .version = "9.0.0"},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris"},
       {.name = "a stalled server", .port = stalled.Port(), .messages = {kDownloadFailed}},
+      // Headless, the amount shows as the percentage does, the last one too.
+      {.name = "no length, then a stall",
+       .port = noLength.Port(),
+       .messages = {"Download Velmaris_2.0.0.dmg.zip in progress...", "VelmarisMAJ: 270 KB\n", kDownloadFailed}},
       // Would a 404 page of this name be downloaded, its removal would run the command.
       {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
       {.name = "a smuggling path",

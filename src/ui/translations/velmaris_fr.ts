@@ -55,5 +55,17 @@
         <source>Velmaris Update</source>
         <translation>Mise à jour de Velmaris</translation>
     </message>
+    <message id="Strings.kUniteKo">
+        <source> KB</source>
+        <translation>&#xa0;Ko</translation>
+    </message>
+    <message id="Strings.kUniteMo">
+        <source> MB</source>
+        <translation>&#xa0;Mo</translation>
+    </message>
+    <message id="Strings.kSeparateurDecimal">
+        <source>.</source>
+        <translation>,</translation>
+    </message>
 </context>
 </TS>
