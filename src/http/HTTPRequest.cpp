@@ -18,11 +18,18 @@ void HTTPSocket::Event_Connected() {
   _SendRequest(_httpAction);
 }
 
+// The old connection goes first, with all that it left for later: none of
+// its bytes may surface under the new request, also when this one stops at
+// its download file.
 void HTTPSocket::_DoConnect(const String& url, const String& action, const Ref<FolderItem>& file) {
   ++_connectCount;
-  // What the old connection left for later goes with it.
   _dataPending = false;
   _endPending = false;
+  // Left set by a page that ended at its length, the flag would take the
+  // failure of this connect for the end of a response.
+  _connectionValid = false;
+  Close();
+  Purge();
   mErrorCode = 0;
   _ParseURL(url);
   _processingURL = url;
@@ -33,11 +40,6 @@ void HTTPSocket::_DoConnect(const String& url, const String& action, const Ref<F
     if (Port == 0) Port = _DefaultPort;
   }
   _httpAction = action;
-  // Left set by a page that ended at its length, the flag would take the
-  // failure of this connect for the end of a response.
-  _connectionValid = false;
-  Close();
-  Purge();
   Connect();
 }
 
