@@ -196,8 +196,9 @@ void TCPSocket::Connect() {
   if (literal.setAddress(host)) {
     d->addresses = {literal};
   } else if (!host.isEmpty() && HostLookup()) {
-    for (const String& address : HostLookup()(Address))
+    for (const String& address : HostLookup()(Address)) {
       d->addresses.append(QHostAddress(QString::fromStdString(address)));
+    }
   } else if (!host.isEmpty()) {
     d->lookingUp = true;
     QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
