@@ -8,12 +8,7 @@
 //
 // Input: three option bytes (file target, HEAD, how many challenges to
 // answer), then deliveries, each a length byte and that many bytes; a
-// length of 0 is the server's close, and a length of 255 repeats the last
-// delivery as many times as the next two bytes say (big-endian), in blocks
-// as large as the socket's buffer, so that a short input can fill
-// the socket's buffer and reach the header block's bound. An input
-// delivers at most kBudget bytes by repeats, a little more than the bound,
-// so that every run stays short.
+// length of 0 is the server's close.
 
 #include <unistd.h>
 
@@ -30,14 +25,6 @@
 
 namespace velmaris {
 namespace {
-
-constexpr uint8_t kRepeat = 255;
-constexpr size_t kBlock = static_cast<size_t>(TCPSocket::kReadBufferSize);
-constexpr size_t kBudget = static_cast<size_t>(HTTPSocket::kHeaderLimit) * 5 / 4;
-
-// The runs whose header block filled the bound and became the page, told at
-// the end, so that a fuzzing run shows that it got there.
-size_t boundReached = 0;
 
 class FuzzedSocket : public testing::InMemoryHTTPSocket {
  public:
@@ -112,20 +99,17 @@ void Run(const uint8_t* data, size_t size) {
     announced += block;
     Check(received == static_cast<int64_t>(announced.size()), "the running total counts every block");
   };
-  socket.PageReceived = [&](HTTPSocket&, const String&, int64_t, const Ref<InternetHeaders>& headers,
-                            const String& page) {
+  socket.PageReceived = [&](HTTPSocket&, const String&, int64_t, const Ref<InternetHeaders>&, const String& page) {
     ++completions;
     Check(!toFile, "a page for a request into memory");
     Check(page == announced, "the page is the blocks announced");
-    if (headers.IsNil() && LenB(page) >= HTTPSocket::kHeaderLimit) ++boundReached;
     checkBody();
   };
-  socket.DownloadComplete = [&](HTTPSocket&, const String&, int64_t, const Ref<InternetHeaders>& headers,
+  socket.DownloadComplete = [&](HTTPSocket&, const String&, int64_t, const Ref<InternetHeaders>&,
                                 const Ref<FolderItem>&) {
     ++completions;
     Check(toFile, "a download for a request into a file");
     Check(Contents(TargetPath()) == announced, "the file holds exactly the body");
-    if (headers.IsNil() && announced.size() >= static_cast<size_t>(HTTPSocket::kHeaderLimit)) ++boundReached;
     checkBody();
   };
   socket.Error = [&completions](HTTPSocket&, int64_t) { ++completions; };
@@ -139,14 +123,8 @@ void Run(const uint8_t* data, size_t size) {
   socket.ProxyAuthenticationRequired = answer;
 
   const Ref<FolderItem> file = toFile ? New<FolderItem>(TargetPath(), FolderItem::PathModes::Shell) : nullptr;
-  const auto deliver = [&](const std::string& bytes) {
-    if (socket.IsConnected()) raw += bytes;
-    socket.Deliver(bytes);
-  };
   socket.SendRequest(head ? "HEAD" : "GET", "http://example.test:8080/x?y", file);
   socket.Accept();
-  std::string last;
-  size_t budget = kBudget;
   while (input.More()) {
     if (socket.connecting) socket.Accept();  // the retry after an accepted challenge
     const uint8_t length = input.Byte();
@@ -154,22 +132,10 @@ void Run(const uint8_t* data, size_t size) {
       ending = true;
       socket.End();
       ending = false;
-    } else if (length == kRepeat) {
-      size_t times = size_t{input.Byte()} << 8U;
-      times |= input.Byte();
-      times = std::min(times, budget / std::max<size_t>(last.size(), 1));
-      budget -= times * last.size();
-      std::string block;
-      for (size_t i = 1; i <= times; ++i) {
-        block += last;
-        if (block.size() >= kBlock || i == times) {
-          deliver(block);
-          block.clear();
-        }
-      }
     } else {
-      last = input.Bytes(length);
-      deliver(last);
+      const std::string bytes = input.Bytes(length);
+      if (socket.IsConnected()) raw += bytes;
+      socket.Deliver(bytes);
     }
     if (toFile) Check(socket.PageBufferSize() == 0, "a body into a file is not kept in memory");
   }
@@ -189,8 +155,6 @@ void Run(const uint8_t* data, size_t size) {
 // libFuzzer declares the hook with these parameter types.
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {  // NOLINT(readability-non-const-parameter)
   static QCoreApplication application(*argc, *argv);
-  std::atexit(
-      [] { std::fprintf(stderr, "http_fuzzer: %zu runs ended at the header bound\n", velmaris::boundReached); });
   return 0;
 }
 
