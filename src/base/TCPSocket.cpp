@@ -6,15 +6,14 @@
 #endif
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <QAbstractSocket>
 #include <QHostAddress>
 #include <QHostInfo>
 #include <QList>
 #include <QSocketNotifier>
+#include <QTcpSocket>
 #include <QTimer>
 #include <algorithm>
 #include <cerrno>
@@ -55,12 +54,8 @@ std::function<std::vector<String>(const String&)>& HostLookup() {
   return lookup;
 }
 
-// The failure of a connect, or of a connection that stood.
-QAbstractSocket::SocketError SocketError(int error) {
+QAbstractSocket::SocketError ConnectError(int error) {
   switch (error) {
-    case ECONNRESET:
-    case EPIPE:
-      return QAbstractSocket::RemoteHostClosedError;
     case ECONNREFUSED:
       return QAbstractSocket::ConnectionRefusedError;
     case ETIMEDOUT:
@@ -131,23 +126,16 @@ struct TCPSocket::Impl {
     bool Any() const { return nextAddress || connectionReady || connected || dataAvailable || sendComplete || error; }
   };
 
-  // The connection once it stands, and what watches it.
-  int connection = -1;
-  std::unique_ptr<QSocketNotifier> readable;
-  std::unique_ptr<QSocketNotifier> writable;
-  // Unread bytes, at most kReadBufferSize; the kernel holds the rest.
-  String received;
-  // The bytes of Write not yet sent, from the offset on.
-  String toSend;
-  size_t sent = 0;
-  // The context of the connections and the queued deliveries.
+  QTcpSocket socket;
+  // Declared after the socket so that it goes first: the connections and the
+  // queued deliveries that use it as context die before the socket does.
   QObject context;
   // The addresses of the host not tried yet.
   QList<QHostAddress> addresses;
   // A name lookup under way. One that is no longer wanted is left to finish
   // and its result ignored: aborting one leaks its callback in Qt.
   bool lookingUp = false;
-  // The connection under way, until it stands.
+  // The connection under way, until it stands and QTcpSocket takes it over.
   int connecting = -1;
   std::unique_ptr<QSocketNotifier> connectingNotifier;
   // Runs while an address is being connected; Poll reads it too.
@@ -161,17 +149,29 @@ struct TCPSocket::Impl {
 
 TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
   KeepReceiveBlocksOnTheHeap();
+  d->socket.setReadBufferSize(kReadBufferSize);
+  QObject::connect(&d->socket, &QTcpSocket::readyRead, &d->context, [this] {
+    d->pending.dataAvailable = true;
+    _Schedule();
+  });
+  QObject::connect(&d->socket, &QTcpSocket::bytesWritten, &d->context, [this] {
+    if (d->socket.bytesToWrite() > 0) return;
+    d->pending.sendComplete = true;
+    _Schedule();
+  });
+  QObject::connect(&d->socket, &QTcpSocket::errorOccurred, &d->context, [this](QAbstractSocket::SocketError error) {
+    // A wait of Qt's own that ran out leaves the connection as it was.
+    if (error == QAbstractSocket::SocketTimeoutError && IsConnected()) return;
+    _Fail(ErrorCode(error));
+  });
   d->connectLimit.setSingleShot(true);
   d->connectLimit.setTimerType(Qt::PreciseTimer);
   QObject::connect(&d->connectLimit, &QTimer::timeout, &d->context, [this] { _FailToConnect(ETIMEDOUT); });
 }
 
-TCPSocket::~TCPSocket() {
-  _StopConnecting();
-  _Disconnect();
-}
+TCPSocket::~TCPSocket() { _StopConnecting(); }
 
-int64_t TCPSocket::BytesAvailable() const { return static_cast<int64_t>(d->received.size()); }
+int64_t TCPSocket::BytesAvailable() const { return d->socket.bytesAvailable(); }
 
 void TCPSocket::Close() {
   ++d->attempt;
@@ -180,8 +180,7 @@ void TCPSocket::Close() {
   d->addresses.clear();
   d->lookingUp = false;
   _StopConnecting();
-  _Disconnect();
-  d->received.clear();
+  d->socket.abort();
 }
 
 void TCPSocket::Connect() {
@@ -212,11 +211,15 @@ void TCPSocket::Connect() {
   _TryAddresses();
 }
 
-bool TCPSocket::IsConnected() const { return d->connection != -1; }
+bool TCPSocket::IsConnected() const { return d->socket.state() == QAbstractSocket::ConnectedState; }
 
 int64_t TCPSocket::LastErrorCode() const { return d->lastErrorCode; }
 
-String TCPSocket::Lookahead() { return d->received; }
+String TCPSocket::Lookahead() {
+  if (!d->socket.isOpen()) return {};
+  const QByteArray bytes = d->socket.peek(d->socket.bytesAvailable());
+  return {bytes.constData(), static_cast<size_t>(bytes.size())};
+}
 
 void TCPSocket::Poll() {
   if (!d->pending.Any()) _WaitForActivity();
@@ -224,34 +227,27 @@ void TCPSocket::Poll() {
 }
 
 void TCPSocket::Purge() {
-  d->received.clear();
-  _ReceiveAgain();
+  if (d->socket.isOpen()) d->socket.skip(d->socket.bytesAvailable());
 }
 
-// All of the buffer is handed over as it stands, without a copy.
 String TCPSocket::Read(int64_t count) {
-  String bytes;
-  if (count < 1 || count >= BytesAvailable()) {
-    bytes.swap(d->received);
-  } else {
-    bytes = d->received.substr(0, static_cast<size_t>(count));
-    d->received.erase(0, static_cast<size_t>(count));
-  }
-  _ReceiveAgain();
+  const int64_t available = d->socket.bytesAvailable();
+  const int64_t wanted = count < 1 ? available : std::min(count, available);
+  if (wanted == 0) return {};
+  String bytes(static_cast<size_t>(wanted), '\0');
+  const int64_t got = d->socket.read(bytes.data(), wanted);
+  bytes.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
   return bytes;
 }
 
 String TCPSocket::ReadAll() { return Read(0); }
 
 void TCPSocket::Write(const String& bytes) {
-  if (!IsConnected()) return;
-  d->toSend += bytes;
-  _Send();
+  if (IsConnected()) d->socket.write(bytes.data(), static_cast<qint64>(bytes.size()));
 }
 
-// Once the connection under way has an outcome: it stands and is watched
-// for reading (and for writing while a send waits), or the next address is
-// tried, or it fails.
+// Once the connection under way has an outcome: it stands and QTcpSocket
+// takes it over, or the next address is tried, or it fails.
 void TCPSocket::_CheckConnection() {
   if (d->connecting == -1) return;
   int error = 0;
@@ -265,15 +261,11 @@ void TCPSocket::_CheckConnection() {
     _FailToConnect(error);
     return;
   }
-  d->connection = d->connecting;
+  const int descriptor = d->connecting;
   d->connecting = -1;
   _StopConnecting();
   d->addresses.clear();
-  d->readable = std::make_unique<QSocketNotifier>(d->connection, QSocketNotifier::Read);
-  QObject::connect(d->readable.get(), &QSocketNotifier::activated, &d->context, [this] { _Receive(); });
-  d->writable = std::make_unique<QSocketNotifier>(d->connection, QSocketNotifier::Write);
-  d->writable->setEnabled(false);
-  QObject::connect(d->writable.get(), &QSocketNotifier::activated, &d->context, [this] { _Send(); });
+  d->socket.setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
   d->pending.connected = true;
   _Schedule();
 }
@@ -325,16 +317,6 @@ void TCPSocket::_Deliver() {
   }
 }
 
-// The connection is gone; the unread bytes stay.
-void TCPSocket::_Disconnect() {
-  d->readable.reset();
-  d->writable.reset();
-  if (d->connection != -1) ::close(d->connection);
-  d->connection = -1;
-  d->toSend.clear();
-  d->sent = 0;
-}
-
 void TCPSocket::_Fail(int64_t code) {
   d->pending.error = true;
   d->pending.errorCode = code;
@@ -344,69 +326,11 @@ void TCPSocket::_Fail(int64_t code) {
 void TCPSocket::_FailToConnect(int error) {
   _StopConnecting();
   if (d->addresses.isEmpty()) {
-    _Fail(ErrorCode(SocketError(error)));
+    _Fail(ErrorCode(ConnectError(error)));
   } else {
     d->pending.nextAddress = true;
     _Schedule();
   }
-}
-
-// Takes what the kernel holds into the buffer, up to its bound, in one read
-// sized by what is there. A read of nothing is the peer's close.
-void TCPSocket::_Receive() {
-  if (d->connection == -1) return;
-  const size_t room = static_cast<size_t>(kReadBufferSize) - d->received.size();
-  if (room == 0) {
-    d->readable->setEnabled(false);
-    return;
-  }
-  int queued = 0;
-  if (ioctl(d->connection, FIONREAD, &queued) != 0) queued = 0;
-  const size_t wanted = std::clamp<size_t>(static_cast<size_t>(std::max(queued, 0)), 1, room);
-  const size_t had = d->received.size();
-  // Reserved whole, so that the reads of one block never move it.
-  if (had == 0) d->received.reserve(static_cast<size_t>(kReadBufferSize));
-  d->received.resize(had + wanted);
-  const ssize_t got = ::recv(d->connection, d->received.data() + had, wanted, 0);
-  const int error = errno;
-  d->received.resize(had + static_cast<size_t>(std::max<ssize_t>(got, 0)));
-  if (got > 0) {
-    if (d->received.size() >= static_cast<size_t>(kReadBufferSize)) d->readable->setEnabled(false);
-    d->pending.dataAvailable = true;
-    _Schedule();
-  } else if (got == 0 || (error != EAGAIN && error != EWOULDBLOCK && error != EINTR)) {
-    _Disconnect();
-    _Fail(ErrorCode(got == 0 ? QAbstractSocket::RemoteHostClosedError : SocketError(error)));
-  }
-}
-
-// Once the buffer has room again, the kernel's bytes are taken up again.
-void TCPSocket::_ReceiveAgain() {
-  if (d->readable && d->received.size() < static_cast<size_t>(kReadBufferSize)) d->readable->setEnabled(true);
-}
-
-// Sends what the kernel takes now; the rest when the connection is writable.
-void TCPSocket::_Send() {
-  if (d->connection == -1) return;
-  while (d->sent < d->toSend.size()) {
-    const ssize_t count = ::send(d->connection, d->toSend.data() + d->sent, d->toSend.size() - d->sent, MSG_NOSIGNAL);
-    if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
-      d->writable->setEnabled(true);
-      return;
-    }
-    if (count < 0) {
-      const int error = errno;
-      _Disconnect();
-      _Fail(ErrorCode(SocketError(error)));
-      return;
-    }
-    d->sent += static_cast<size_t>(count);
-  }
-  d->writable->setEnabled(false);
-  d->toSend.clear();
-  d->sent = 0;
-  d->pending.sendComplete = true;
-  _Schedule();
 }
 
 // The addresses of the host are known: the first is tried, or the host is not found.
@@ -441,7 +365,9 @@ void TCPSocket::_StopConnecting() {
   d->connecting = -1;
 }
 
-// Lets the connection move on, waiting at most a tick.
+// Lets the connection move on, waiting at most a tick. Qt's own waits are
+// entered only once poll() has seen the socket ready, since they report a
+// wait that runs out as an error of the connection.
 void TCPSocket::_WaitForActivity() {
   if (d->lookingUp) {
     d->lookingUp = false;
@@ -460,13 +386,16 @@ void TCPSocket::_WaitForActivity() {
     }
     return;
   }
-  if (d->connection == -1) return;
-  descriptor = {d->connection, 0, 0};
+  if (!IsConnected()) return;
+  descriptor = {static_cast<int>(d->socket.socketDescriptor()), 0, 0};
   if (BytesAvailable() < kReadBufferSize) descriptor.events |= POLLIN;
-  if (d->sent < d->toSend.size()) descriptor.events |= POLLOUT;
+  if (d->socket.bytesToWrite() > 0) descriptor.events |= POLLOUT;
   if (poll(&descriptor, 1, kTickMilliseconds) < 1) return;
-  if ((descriptor.revents & POLLOUT) != 0) _Send();
-  if ((descriptor.revents & ~POLLOUT) != 0) _Receive();
+  if ((descriptor.revents & ~POLLOUT) != 0) {
+    d->socket.waitForReadyRead(0);
+  } else {
+    d->socket.waitForBytesWritten(0);
+  }
 }
 
 ScopedHostLookup::ScopedHostLookup(std::function<std::vector<String>(const String& name)> lookup)

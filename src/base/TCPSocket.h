@@ -1,10 +1,10 @@
 #pragma once
-// A buffered TCP client socket on a non-blocking descriptor that Qt's event
-// loop watches. It connects one address of the host at a time, each within
-// a limit. What happens on the connection is turned into events that are
-// delivered later from the event loop, never from inside Qt, so that a
-// handler may Close, reconnect or run an event loop of its own; Poll
-// delivers them on the calling thread instead.
+// A buffered TCP client socket. It connects by itself, one address of the
+// host at a time, each within a limit, and hands the connection to Qt's
+// QTcpSocket once it stands. What happens on the connection is turned into
+// events that are delivered later from the event loop, never from inside Qt,
+// so that a handler may Close, reconnect or run an event loop of its own;
+// Poll delivers them on the calling thread instead.
 
 #include <cstdint>
 #include <functional>
@@ -69,13 +69,9 @@ class TCPSocket : public SocketCore {
   void _CheckConnection();
   void _ConnectToNextAddress();
   void _Deliver();
-  void _Disconnect();
   void _Fail(int64_t code);
   void _FailToConnect(int error);
-  void _Receive();
-  void _ReceiveAgain();
   void _Schedule();
-  void _Send();
   void _StopConnecting();
   void _TryAddresses();
   void _WaitForActivity();
