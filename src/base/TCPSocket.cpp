@@ -14,9 +14,12 @@
 #include <QList>
 #include <QSocketNotifier>
 #include <QTcpSocket>
+#include <QTimer>
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
+#include <utility>
 
 #include "base/Runtime.h"
 
@@ -44,6 +47,12 @@ void KeepReceiveBlocksOnTheHeap() {
 }
 
 int64_t ErrorCode(QAbstractSocket::SocketError error) { return TCPSocket::kErrorBase + error; }
+
+// The lookup of ScopedHostLookup; empty for the system's.
+std::function<std::vector<String>(const String&)>& HostLookup() {
+  static std::function<std::vector<String>(const String&)> lookup;
+  return lookup;
+}
 
 QAbstractSocket::SocketError ConnectError(int error) {
   switch (error) {
@@ -129,6 +138,8 @@ struct TCPSocket::Impl {
   // The connection under way, until it stands and QTcpSocket takes it over.
   int connecting = -1;
   std::unique_ptr<QSocketNotifier> connectingNotifier;
+  // Runs while an address is being connected; Poll reads it too.
+  QTimer connectLimit;
   // Counts Connect and Close calls; a delivery queued for an earlier one is stale.
   uint64_t attempt = 0;
   bool deliveryQueued = false;
@@ -153,6 +164,9 @@ TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
     if (error == QAbstractSocket::SocketTimeoutError && IsConnected()) return;
     _Fail(ErrorCode(error));
   });
+  d->connectLimit.setSingleShot(true);
+  d->connectLimit.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&d->connectLimit, &QTimer::timeout, &d->context, [this] { _FailToConnect(ETIMEDOUT); });
 }
 
 TCPSocket::~TCPSocket() { _StopConnecting(); }
@@ -180,26 +194,21 @@ void TCPSocket::Connect() {
   QHostAddress literal;
   if (literal.setAddress(host)) {
     d->addresses = {literal};
-    d->pending.nextAddress = true;
-    _Schedule();
-    return;
-  }
-  if (host.isEmpty()) {
-    _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
-    return;
-  }
-  d->lookingUp = true;
-  QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
-    if (attempt != d->attempt || !d->lookingUp) return;
-    d->lookingUp = false;
-    d->addresses = info.addresses();
-    if (d->addresses.isEmpty()) {
-      _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
-    } else {
-      d->pending.nextAddress = true;
-      _Schedule();
+  } else if (!host.isEmpty() && HostLookup()) {
+    for (const String& address : HostLookup()(Address)) {
+      d->addresses.append(QHostAddress(QString::fromStdString(address)));
     }
-  });
+  } else if (!host.isEmpty()) {
+    d->lookingUp = true;
+    QHostInfo::lookupHost(host, &d->context, [this, attempt = d->attempt](const QHostInfo& info) {
+      if (attempt != d->attempt || !d->lookingUp) return;
+      d->lookingUp = false;
+      d->addresses = info.addresses();
+      _TryAddresses();
+    });
+    return;
+  }
+  _TryAddresses();
 }
 
 bool TCPSocket::IsConnected() const { return d->socket.state() == QAbstractSocket::ConnectedState; }
@@ -253,8 +262,8 @@ void TCPSocket::_CheckConnection() {
     return;
   }
   const int descriptor = d->connecting;
-  d->connectingNotifier.reset();
   d->connecting = -1;
+  _StopConnecting();
   d->addresses.clear();
   d->socket.setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
   d->pending.connected = true;
@@ -276,6 +285,7 @@ void TCPSocket::_ConnectToNextAddress() {
     d->pending.connectionReady = true;
     _Schedule();
   });
+  d->connectLimit.start(static_cast<int>(std::clamp<int64_t>(ConnectLimit, 0, INT_MAX)));
 }
 
 // Raises the pending events one at a time, in the order in which a
@@ -323,6 +333,16 @@ void TCPSocket::_FailToConnect(int error) {
   }
 }
 
+// The addresses of the host are known: the first is tried, or the host is not found.
+void TCPSocket::_TryAddresses() {
+  if (d->addresses.isEmpty()) {
+    _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
+  } else {
+    d->pending.nextAddress = true;
+    _Schedule();
+  }
+}
+
 // Every event is delivered from a call of its own in the event loop, with Qt
 // no longer on the stack.
 void TCPSocket::_Schedule() {
@@ -339,6 +359,7 @@ void TCPSocket::_Schedule() {
 }
 
 void TCPSocket::_StopConnecting() {
+  d->connectLimit.stop();
   d->connectingNotifier.reset();
   if (d->connecting != -1) ::close(d->connecting);
   d->connecting = -1;
@@ -351,16 +372,18 @@ void TCPSocket::_WaitForActivity() {
   if (d->lookingUp) {
     d->lookingUp = false;
     d->addresses = QHostInfo::fromName(QString::fromStdString(Address)).addresses();
-    if (d->addresses.isEmpty()) {
-      _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
-    } else {
-      d->pending.nextAddress = true;
-    }
+    _TryAddresses();
     return;
   }
   pollfd descriptor{d->connecting, POLLOUT, 0};
   if (d->connecting != -1) {
-    if (poll(&descriptor, 1, kTickMilliseconds) > 0) d->pending.connectionReady = true;
+    // The limit's timer fires only in the event loop: here it is read.
+    const int left = d->connectLimit.remainingTime();
+    if (poll(&descriptor, 1, left < 0 ? kTickMilliseconds : std::min(left, kTickMilliseconds)) > 0) {
+      d->pending.connectionReady = true;
+    } else if (d->connectLimit.remainingTime() == 0) {
+      _FailToConnect(ETIMEDOUT);
+    }
     return;
   }
   if (!IsConnected()) return;
@@ -374,5 +397,10 @@ void TCPSocket::_WaitForActivity() {
     d->socket.waitForBytesWritten(0);
   }
 }
+
+ScopedHostLookup::ScopedHostLookup(std::function<std::vector<String>(const String& name)> lookup)
+    : mPrevious(std::exchange(HostLookup(), std::move(lookup))) {}
+
+ScopedHostLookup::~ScopedHostLookup() { HostLookup() = std::move(mPrevious); }
 
 }  // namespace velmaris

@@ -1,14 +1,15 @@
 #pragma once
 // A buffered TCP client socket. It connects by itself, one address of the
-// host at a time, and hands the connection to Qt's QTcpSocket once it stands.
-// What happens on the connection is turned into events that are delivered
-// later from the event loop, never from inside Qt, so that a handler may
-// Close, reconnect or run an event loop of its own; Poll delivers them on the
-// calling thread instead.
+// host at a time, each within a limit, and hands the connection to Qt's
+// QTcpSocket once it stands. What happens on the connection is turned into
+// events that are delivered later from the event loop, never from inside Qt,
+// so that a handler may Close, reconnect or run an event loop of its own;
+// Poll delivers them on the calling thread instead.
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "base/SocketCore.h"
 #include "base/StringFunctions.h"
@@ -23,12 +24,18 @@ class TCPSocket : public SocketCore {
   // LastErrorCode is this plus the QAbstractSocket::SocketError of the
   // failure, so that it never meets the small codes of the layers above.
   static constexpr int64_t kErrorBase = 100;
+  // How long each address of the host may take to answer a connect before
+  // the next one is tried; the last one's running out is an Error. The
+  // kernel alone would wait minutes for an address that never answers.
+  static constexpr int64_t kConnectLimitMilliseconds = 10000;
 
   TCPSocket();
   ~TCPSocket() override;
 
   // The host name or address to reach; a name is resolved by Connect.
   String Address;
+  // Milliseconds that each address gets to answer a connect.
+  int64_t ConnectLimit = kConnectLimitMilliseconds;
 
   // Unread bytes in the receive buffer.
   virtual int64_t BytesAvailable() const;
@@ -66,9 +73,24 @@ class TCPSocket : public SocketCore {
   void _FailToConnect(int error);
   void _Schedule();
   void _StopConnecting();
+  void _TryAddresses();
   void _WaitForActivity();
 
   std::unique_ptr<Impl> d;
+};
+
+// Stands in for the system's name lookup of every socket for the life of the
+// object (tests): a name resolves to the address literals that the function
+// gives, in their order; none means that the host is not found.
+class ScopedHostLookup {
+ public:
+  explicit ScopedHostLookup(std::function<std::vector<String>(const String& name)> lookup);
+  ~ScopedHostLookup();
+  ScopedHostLookup(const ScopedHostLookup&) = delete;
+  ScopedHostLookup& operator=(const ScopedHostLookup&) = delete;
+
+ private:
+  std::function<std::vector<String>(const String& name)> mPrevious;
 };
 
 }  // namespace velmaris

@@ -86,8 +86,9 @@ bool HTTPSocket::_SetAuthentication(const String& prefix) {
   const String scheme = blank == 0 ? header : header.substr(0, static_cast<size_t>(blank - 1));
   Dictionary params = _ParseAuthenticationParams(header.substr(static_cast<size_t>(blank)));
   params.SetValue("method", _httpAction);
-  // The full URL as the caller gave it, also where the request line carries only the path.
-  params.SetValue("uri", _processingURL);
+  // RFC 7616 §3.4: the request-target of the request line, the path without
+  // a proxy and the absolute URL through one (_SendRequest has set it).
+  params.SetValue("uri", _path);
   if (params.HasKey("nonce")) {
     _lastServerNonce = params.Value("nonce").StringValue();
   } else {

@@ -8,6 +8,19 @@ namespace {
 
 const String kCRLF = "\r\n";
 
+// An IPv6 literal stands in brackets (RFC 3986 §3.2.2), so that its colons
+// are not taken for the port's; the address is what they enclose.
+bool Bracketed(const String& host) { return host.starts_with('[') && host.find(']') != String::npos; }
+
+String Unbracketed(const String& host) { return Bracketed(host) ? host.substr(1, host.find(']') - 1) : host; }
+
+// The port of a "host:port" or "[literal]:port"; 0 when there is none or it isn't a number.
+int64_t PortOf(const String& server) {
+  if (!Bracketed(server)) return ToInteger(Val(NthField(server, ":", 2)));
+  const String rest = server.substr(server.find(']') + 1);
+  return rest.starts_with(':') ? ToInteger(Val(rest.substr(1))) : 0;
+}
+
 }  // namespace
 
 void HTTPSocket::Event_Connected() {
@@ -18,26 +31,28 @@ void HTTPSocket::Event_Connected() {
   _SendRequest(_httpAction);
 }
 
+// The old connection goes first, with all that it left for later: none of
+// its bytes may surface under the new request, also when this one stops at
+// its download file.
 void HTTPSocket::_DoConnect(const String& url, const String& action, const Ref<FolderItem>& file) {
   ++_connectCount;
-  // What the old connection left for later goes with it.
   _dataPending = false;
   _endPending = false;
-  mErrorCode = 0;
-  _ParseURL(url);
-  _processingURL = url;
-  if (!_SetDownloadFile(file)) return;
-  if (HTTPProxyAddress != "") {
-    Address = HTTPProxyAddress;
-    Port = HTTPProxyPort;
-    if (Port == 0) Port = _DefaultPort;
-  }
-  _httpAction = action;
   // Left set by a page that ended at its length, the flag would take the
   // failure of this connect for the end of a response.
   _connectionValid = false;
   Close();
   Purge();
+  mErrorCode = 0;
+  _ParseURL(url);
+  _processingURL = url;
+  if (!_SetDownloadFile(file)) return;
+  if (HTTPProxyAddress != "") {
+    Address = Unbracketed(HTTPProxyAddress);
+    Port = HTTPProxyPort;
+    if (Port == 0) Port = _DefaultPort;
+  }
+  _httpAction = action;
   Connect();
 }
 
@@ -60,19 +75,20 @@ void HTTPSocket::_KillDownloadStream() {
 
 // Nothing is checked or decoded: whatever stands before "://" goes, the rest
 // up to the first "/" is the server, and the path keeps its query and fragment.
+// The server, brackets and all, is what the Host header carries.
 void HTTPSocket::_ParseURL(const String& url) {
   const size_t scheme = url.find("://");
   const String rest = scheme == String::npos ? url : url.substr(scheme + 3);
   _server = NthField(rest, "/", 1);
   _path = rest.substr(_server.size());
   if (_path == "") _path = "/";
-  const int64_t port = ToInteger(Val(NthField(_server, ":", 2)));
+  const int64_t port = PortOf(_server);
   if (port != 0) {
     Port = port;
   } else if (Port == 0) {
     Port = _DefaultPort;
   }
-  Address = NthField(_server, ":", 1);
+  Address = Bracketed(_server) ? Unbracketed(_server) : NthField(_server, ":", 1);
 }
 
 void HTTPSocket::_SendRequest(const String& action) {

@@ -63,6 +63,8 @@ void HTTPSocket::_ResetVariables() {
   _pageBuffer = New<MemoryBlock>(0);
   _pageBufferStream = New<BinaryStream>(_pageBuffer);
   _pageHeaders = nullptr;
+  // A response's length comes from its own headers, never from the last one's.
+  _contentlength = 0;
   _httpStatusCode = 0;
   _totalLength = 0;
   _currentLength = 0;

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -12,23 +15,27 @@ namespace {
 // Connects, writes a request once connected, and runs until the socket's
 // Error, from the event loop or through Poll alone.
 struct Connection {
-  // The events in order, a connection of DataAvailable as one; declared first, so
-  // that it outlives the socket whose handlers write to it.
+  // The events in order, a connection of DataAvailable as one, and the
+  // milliseconds from Connect to the first; declared first, so that they
+  // outlive the socket whose handlers write to them.
   std::vector<std::string> events;
+  int64_t firstEvent = -1;
+  QElapsedTimer clock;
   TCPSocket socket;
 
-  Connection(const std::string& address, int64_t port, bool throughPoll) {
+  Connection(const std::string& address, int64_t port, bool throughPoll,
+             int64_t limit = TCPSocket::kConnectLimitMilliseconds) {
     socket.Connected = [this](TCPSocket& sender) {
-      events.emplace_back("Connected");
+      Record("Connected");
       sender.Write("PING\r\n\r\n");
     };
-    socket.DataAvailable = [this](SocketCore&) {
-      if (events.back() != "DataAvailable") events.emplace_back("DataAvailable");
-    };
-    socket.SendComplete = [this](SocketCore&, bool) { events.emplace_back("SendComplete"); };
-    socket.Error = [this](SocketCore& sender) { events.push_back(Error(sender.LastErrorCode())); };
+    socket.DataAvailable = [this](SocketCore&) { Record("DataAvailable"); };
+    socket.SendComplete = [this](SocketCore&, bool) { Record("SendComplete"); };
+    socket.Error = [this](SocketCore& sender) { Record(Error(sender.LastErrorCode())); };
     socket.Address = address;
     socket.Port = port;
+    socket.ConnectLimit = limit;
+    clock.start();
     socket.Connect();
     EXPECT_TRUE(events.empty()) << "Connect returns before any event";
     const auto ended = [this] { return !events.empty() && events.back().starts_with("Error"); };
@@ -39,10 +46,12 @@ struct Connection {
     bool timerFired = false;
     const QObject context;  // the timer goes with it
     QTimer::singleShot(0, &context, [&timerFired] { timerFired = true; });
-    QElapsedTimer elapsed;
-    elapsed.start();
-    while (!ended() && elapsed.elapsed() < 5000) socket.Poll();
+    while (!ended() && clock.elapsed() < 5000) socket.Poll();
     EXPECT_FALSE(timerFired) << "Poll delivers this socket's events only";
+  }
+  void Record(const std::string& event) {
+    if (events.empty()) firstEvent = clock.elapsed();
+    if (events.empty() || event != "DataAvailable" || events.back() != event) events.push_back(event);
   }
   static std::string Error(int64_t code) { return "Error " + std::to_string(code); }
 };
@@ -113,6 +122,50 @@ TEST(TCPSocketTest, ReceiveBufferIsBounded) {
   received += socket.ReadAll();
   EXPECT_LE(mostBuffered, TCPSocket::kReadBufferSize);
   EXPECT_TRUE(received == body) << received.size() << " of " << body.size() << " bytes";
+}
+
+// An address that never answers gives way to the next once its limit has
+// passed, and the last one's limit is an Error. It is 127.0.0.2 on the port
+// of the server on 127.0.0.1: a listener with a backlog of 0 that one
+// connection fills and none accepts, so that the kernel drops what follows.
+TEST(TCPSocketTest, AnAddressThatNeverAnswersGivesWayAtItsLimit) {
+  TestServer server;
+  server.Serve({{TestServer::ReadRequest(), TestServer::Send("hello"), TestServer::Close()}});
+  sockaddr_in silent{};
+  silent.sin_family = AF_INET;
+  silent.sin_port = htons(server.Port());
+  silent.sin_addr.s_addr = htonl(0x7F000002);
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const int filler = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const auto* address = reinterpret_cast<const sockaddr*>(&silent);
+  ASSERT_EQ(bind(listener, address, sizeof silent), 0);
+  ASSERT_EQ(listen(listener, 0), 0);
+  ASSERT_EQ(connect(filler, address, sizeof silent), 0);
+  const ScopedHostLookup lookup([](const String& name) {
+    return name == "silent-first.test" ? std::vector<String>{"127.0.0.2", "127.0.0.1"}
+                                       : std::vector<String>{"127.0.0.2"};
+  });
+  constexpr int64_t kLimit = 300;
+  struct Row {
+    std::string name;
+    std::vector<std::string> events;
+  };
+  const Row rows[] = {
+      {"silent-first.test",
+       {"Connected", "SendComplete", "DataAvailable", Connection::Error(TCPSocket::kErrorBase + 1)}},
+      {"silent.test", {Connection::Error(TCPSocket::kErrorBase + 5)}},
+  };
+  for (const Row& row : rows) {
+    for (const bool throughPoll : {false, true}) {
+      SCOPED_TRACE(row.name + (throughPoll ? " through Poll" : ""));
+      const Connection connection(row.name, server.Port(), throughPoll, kLimit);
+      EXPECT_EQ(connection.events, row.events);
+      EXPECT_GE(connection.firstEvent, kLimit) << "the time to the first event";
+      EXPECT_LT(connection.firstEvent, kLimit + 1000) << "the time to the first event";
+    }
+  }
+  close(filler);
+  close(listener);
 }
 
 }  // namespace

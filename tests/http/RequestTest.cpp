@@ -44,15 +44,17 @@ TEST(RequestTest, BytesOnTheWire) {
        .expected = {"POST / HTTP/1.0\r\n" + head + "Content-type: text/plain\r\nContent-length: 2\r\n\r\nxy",
                     "head / HTTP/1.0\r\n" + head + "Content-type: text/plain\r\n\r\n",
                     "POST / HTTP/1.0\r\n" + head + "Content-type: text/plain\r\n\r\n"}},
-      {.name = "proxy: absolute target, Host of the origin with its port",
+      {.name = "proxy: absolute target, Host of the origin with its port, an IPv6 literal's brackets kept",
        .prepare =
            [&server](HTTPSocket& socket) {
              socket.HTTPProxyAddress = "127.0.0.1";
              socket.HTTPProxyPort = server.Port();
            },
-       .requests = {{"GET", "http://origin.example:8080/a?b=1"}},
-       .expected = {"GET http://origin.example:8080/a?b=1 HTTP/1.0\r\nAccept: */*\r\nAccept-Language: en\r\n"
-                    "Host: origin.example:8080\r\n\r\n"}},
+       .requests = {{"GET", "http://origin.example:8080/a?b=1"}, {"GET", "http://[::1]:8080/c"}},
+       .expected =
+           {"GET http://origin.example:8080/a?b=1 HTTP/1.0\r\nAccept: */*\r\nAccept-Language: en\r\n"
+            "Host: origin.example:8080\r\n\r\n",
+            "GET http://[::1]:8080/c HTTP/1.0\r\nAccept: */*\r\nAccept-Language: en\r\nHost: [::1]:8080\r\n\r\n"}},
       {.name = "own headers; an empty value removes one",
        .prepare =
            [](HTTPSocket& socket) {

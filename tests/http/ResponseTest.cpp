@@ -4,6 +4,7 @@
 #include "HTTPEvents.h"
 #include "base/Exceptions.h"
 #include "support/InMemoryHTTPSocket.h"
+#include "support/VirtualClock.h"
 
 namespace velmaris::testing {
 namespace {
@@ -160,6 +161,33 @@ TEST(ResponseTest, NestedEventLoopInAHandler) {
   }
 }
 
+// A response's length comes from its own headers: after a HEAD that
+// announced one, a GET without one takes at once all that has come, in the
+// event loop and in the blocking form, whose limit then runs out.
+TEST(ResponseTest, ALengthComesFromItsOwnHeadersOnly) {
+  for (const bool blocking : {false, true}) {
+    VirtualTime time;
+    InMemoryHTTPSocket socket;
+    HTTPEvents events(socket);
+    // Answered two ticks after it starts; the GET's connection stays open.
+    const auto request = [&](const std::string& method, const std::string& response) {
+      time.At(time.Now() + 2, [&socket, method, response] {
+        socket.Accept();
+        socket.Deliver(response);
+        if (method == "HEAD") socket.End();
+      });
+      if (blocking) return socket.SendRequest(method, "http://h/", 5);
+      socket.SendRequest(method, "http://h/");
+      for (int tick = 0; tick < 3; ++tick) RuntimeBackgroundTask();
+      return String(events.progressData);
+    };
+    request("HEAD", "HTTP/1.0 200 OK\r\nContent-Length: 1234\r\n\r\n");
+    const std::string body(5000, 'b');
+    EXPECT_TRUE(request("GET", "HTTP/1.0 200 OK\r\n\r\n" + body) == body) << (blocking ? "blocking" : "events");
+    EXPECT_EQ(socket.ErrorCode(), blocking ? -1 : 0);
+  }
+}
+
 // The re-entrance guard is down again after a handler's exception.
 TEST(ResponseTest, AnExceptionInAHandlerLeavesTheClientWorking) {
   InMemoryHTTPSocket socket;
@@ -174,9 +202,10 @@ TEST(ResponseTest, AnExceptionInAHandlerLeavesTheClientWorking) {
   EXPECT_TRUE(events.content.ends_with("more")) << events.content;
 }
 
-// A second request drops the first silently. Its file is emptied when it
-// starts, before the connection stands or fails; a target that can't be
-// written stops it before it connects.
+// A second request drops the first silently, and with it the connection,
+// whose later bytes reach no one. Its file is emptied when it starts, before
+// the connection stands or fails; a target that can't be written stops it
+// before it connects.
 TEST(ResponseTest, ASecondRequestDropsTheFirstAndEmptiesItsFile) {
   QTemporaryDir folder;
   for (const auto& [target, error] :
@@ -194,6 +223,8 @@ TEST(ResponseTest, ASecondRequestDropsTheFirstAndEmptiesItsFile) {
       EXPECT_EQ(ReadFile(path), "");
       socket.Refuse(error);
     }
+    socket.Deliver(" and the rest of the first");
+    socket.End();
     EXPECT_EQ(events.log, (std::vector<std::string>{"Connected", "HeadersReceived 200", "ReceiveProgress",
                                                     "Error " + std::to_string(error)}));
     EXPECT_EQ(socket.ErrorCode(), error) << target;
