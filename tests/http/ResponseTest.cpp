@@ -178,7 +178,7 @@ TEST(ResponseTest, ALengthComesFromItsOwnHeadersOnly) {
       });
       if (blocking) return socket.SendRequest(method, "http://h/", 5);
       socket.SendRequest(method, "http://h/");
-      for (int tick = 0; tick < 3; ++tick) RuntimeBackgroundTask();
+      for (const int64_t end = Ticks() + 3; Ticks() < end;) RuntimeBackgroundTask();
       return String(events.progressData);
     };
     request("HEAD", "HTTP/1.0 200 OK\r\nContent-Length: 1234\r\n\r\n");
