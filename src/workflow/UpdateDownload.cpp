@@ -140,14 +140,13 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   }
   // With a key, only an archive that it signed under its own name goes on.
   const String cle = ClePubliqueMiseAJour();
-  if (cle == "") {
-    std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
-  } else if (!mSignatureEnCours) {
+  if (cle != "" && !mSignatureEnCours) {
     mSignatureEnCours = true;
     Telecharger(App().strURLGlobal + kExtensionSignature,
                 New<FolderItem>(CheminTelechargement() + kExtensionSignature, FolderItem::PathModes::Shell));
     return;
-  } else {
+  }
+  if (cle != "") {
     const String echec = VerifyMinisignSignature(
         cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
         App().ExtraireNomFichier(App().strURLGlobal), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
@@ -155,6 +154,7 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   }
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
+  if (cle == "") std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
   App().PatienterSecondes(1);
   TimerInstallation().SetMode(1);
