@@ -7,6 +7,7 @@
 #include <signal.h>
 
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -103,17 +104,20 @@ class ToolRun {
   }
   // The binary's process and those it started that run on, with their names.
   std::map<qint64, std::string> Family() const {
+    // A process may end while it is read: its files then read as empty.
+    const auto read = [](const QString& path) {
+      QFile file(path);
+      return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    };
     std::map<qint64, std::string> family = {{mTool.processId(), "VelmarisMAJ"}};
     for (bool grew = true; grew;) {
       grew = false;
       for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
-        if (entry.toLongLong() == 0) continue;
-        const std::string process = "/proc/" + entry.toStdString();
+        if (entry.toLongLong() == 0 || family.contains(entry.toLongLong())) continue;
         // "pid (name) state ppid ...": the fields behind the name start with the state.
-        const QStringList stat =
-            QString::fromStdString(ReadFile(process + "/stat")).section(')', -1).split(' ', Qt::SkipEmptyParts);
-        if (stat.size() > 1 && family.contains(stat[1].toLongLong()) && !family.contains(entry.toLongLong())) {
-          family[entry.toLongLong()] = QString::fromStdString(ReadFile(process + "/comm")).trimmed().toStdString();
+        const QStringList stat = read("/proc/" + entry + "/stat").section(')', -1).split(' ', Qt::SkipEmptyParts);
+        if (stat.size() > 1 && family.contains(stat[1].toLongLong())) {
+          family[entry.toLongLong()] = read("/proc/" + entry + "/comm").trimmed().toStdString();
           grew = true;
         }
       }

@@ -243,7 +243,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
 // leaves a whole application, old or new, and the next run installs the new
 // one and leaves nothing behind.
 TEST_F(UpdateJobEndToEnd, KilledAtAnyMomentTheApplicationStaysWholeAndTheRetryInstalls) {
-  constexpr int kResources = 2000;
+  constexpr int kResources = 1000;
   MakeRelease("2.0.0", kResources);
   struct Moment {
     const char* name;
