@@ -115,7 +115,6 @@ TEST(ResponseTest, ReceiveProgressArguments) {
     for (const char* delivery : {"abc", "de", "fghi"}) socket.Deliver(delivery);
     socket.End();
     EXPECT_EQ(events.progress, (std::vector<std::string>{"0/" + total, "3/" + total, "5/" + total, "9/" + total}));
-    EXPECT_EQ(events.content, "abcdefghi");
   }
 }
 
