@@ -60,26 +60,22 @@ class XServer {
   const std::string& Display() const { return mDisplay; }
 
   // The mapped top-level windows, the topmost last, behind the tool's own
-  // window in front (0 while it isn't mapped): the one that is neither a
-  // pop-up nor a dialog, which Qt makes transient for the window it covers.
+  // window (0 while it isn't mapped): the first that is neither a pop-up nor
+  // a dialog, which Qt makes transient for the window below it that it covers.
   std::vector<xcb_window_t> Mapped() const {
     std::vector<xcb_window_t> windows = {0};
-    std::vector<std::string> parents;
     const auto tree = Own(xcb_query_tree_reply(mConnection, xcb_query_tree(mConnection, mRoot), nullptr));
-    const xcb_window_t* children = xcb_query_tree_children(tree.get());
     for (int index = 0; index < xcb_query_tree_children_length(tree.get()); ++index) {
-      const auto attributes = Own(xcb_get_window_attributes_reply(
-          mConnection, xcb_get_window_attributes(mConnection, children[index]), nullptr));
+      const xcb_window_t child = xcb_query_tree_children(tree.get())[index];
+      const auto attributes =
+          Own(xcb_get_window_attributes_reply(mConnection, xcb_get_window_attributes(mConnection, child), nullptr));
       if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE) continue;
-      windows.push_back(children[index]);
-      parents.push_back(attributes->override_redirect ? "pop-up" : Property(children[index], "WM_TRANSIENT_FOR"));
-    }
-    for (size_t index = 1; index < windows.size() && windows[0] == 0; ++index) {
-      const auto covers = [&](xcb_window_t other) {
-        return parents[index - 1] == std::string(reinterpret_cast<const char*>(&other), sizeof other);
-      };
-      if (parents[index - 1] != "pop-up" && std::none_of(windows.begin() + 1, windows.end(), covers))
-        windows[0] = windows[index];
+      const std::string parent = Property(child, "WM_TRANSIENT_FOR");
+      const bool covers = std::any_of(windows.begin() + 1, windows.end(), [&](xcb_window_t below) {
+        return parent == std::string(reinterpret_cast<const char*>(&below), sizeof below);
+      });
+      if (windows[0] == 0 && !attributes->override_redirect && !covers) windows[0] = child;
+      windows.push_back(child);
     }
     return windows;
   }
@@ -245,24 +241,17 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     const xcb_window_t window = x.Mapped()[0];
     EXPECT_EQ(x.Focus(), x.Mapped().back());
     SavePicture(x, row.look);
-    switch (row.end) {
-      case End::Dialog:
-        x.XDoTool({"key", "Return"});
-        break;
-      case End::Shortcut:
-        x.XDoTool({"key", "ctrl+q"});
-        break;
-      case End::WindowManager:
-        x.Close(window);
-        break;
-      case End::Menu:
-        x.XDoTool({"mousemove", "--window", QString::number(window), "16", "8", "click", "1"});
-        ASSERT_TRUE(testing::WaitUntil([&] { return x.Mapped().size() == 3; }));
-        SavePicture(x, "menu");
-        // File holds one item, Quit.
-        const QPoint quit = x.Place(x.Mapped().back()).center();
-        x.XDoTool({"mousemove", QString::number(quit.x()), QString::number(quit.y()), "click", "1"});
-        break;
+    if (row.end == End::Dialog || row.end == End::Shortcut) {
+      x.XDoTool({"key", row.end == End::Dialog ? "Return" : "ctrl+q"});
+    } else if (row.end == End::WindowManager) {
+      x.Close(window);
+    } else {
+      x.XDoTool({"mousemove", "--window", QString::number(window), "16", "8", "click", "1"});
+      ASSERT_TRUE(testing::WaitUntil([&] { return x.Mapped().size() == 3; }));
+      SavePicture(x, "menu");
+      // File holds one item, Quit.
+      const QPoint quit = x.Place(x.Mapped().back()).center();
+      x.XDoTool({"mousemove", QString::number(quit.x()), QString::number(quit.y()), "click", "1"});
     }
     EXPECT_EQ(row.run.Finish(), "");
     EXPECT_TRUE(!fs::exists(row.run.At("/home/Downloads")) || fs::is_empty(row.run.At("/home/Downloads")));
