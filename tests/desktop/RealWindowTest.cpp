@@ -111,12 +111,8 @@ class XServer {
     xcb_flush(mConnection);
   }
   void XDoTool(const QStringList& arguments) const {
-    QProcess xdotool;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DISPLAY", QString::fromStdString(mDisplay));
-    xdotool.setProcessEnvironment(environment);
-    xdotool.start("xdotool", arguments);
-    EXPECT_TRUE(xdotool.waitForFinished(10000) && xdotool.exitCode() == 0) << arguments.join(' ').toStdString();
+    const QStringList command = QStringList{"DISPLAY=" + QString::fromStdString(mDisplay), "xdotool"} + arguments;
+    EXPECT_EQ(QProcess::execute("env", command), 0) << arguments.join(' ').toStdString();
   }
 
  private:
@@ -176,7 +172,6 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     bool french = false;        // LANG
     std::pair<std::string, std::string> titles = {"Velmaris Update", "Velmaris Update"};  // at opening, in the look
     End end;
-    std::string opened = "";  // what the re-opened application wrote
     XServer x = {};
     testing::TestServer server = {};
     testing::ToolRun run = {};
@@ -190,15 +185,13 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
       {.look = "downloading",
        .job = "--MAJ:2.0.0",
        .response = "HTTP/1.0 200 OK\r\nContent-Length: 100000\r\n\r\n" + std::string(57000, 'z'),
-       .end = End::Menu,
-       .opened = "opened 1\n"},
+       .end = End::Menu},
       {.look = "amount",
        .job = "--MAJ:2.0.0",
        .response = "HTTP/1.0 200 OK\r\n\r\n" + std::string(270000, 'z'),
        .french = true,
        .titles = {"Mise à jour de Velmaris", "Mise à jour de Velmaris"},
-       .end = End::Shortcut,
-       .opened = "opened 1\n"},
+       .end = End::Shortcut},
   };
   for (Row& row : rows) {
     if (!row.x.Started()) GTEST_SKIP() << "Xvfb could not start: " << row.x.Failure();
@@ -255,7 +248,8 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     }
     EXPECT_EQ(row.run.Finish(), "");
     EXPECT_TRUE(!fs::exists(row.run.At("/home/Downloads")) || fs::is_empty(row.run.At("/home/Downloads")));
-    EXPECT_EQ(row.run.Opened(!row.opened.empty()), row.opened);
+    // Ended during a download, the update re-opens the application.
+    EXPECT_EQ(row.run.Opened(!row.response.empty()), row.response.empty() ? "" : "opened 1\n");
   }
 }
 
