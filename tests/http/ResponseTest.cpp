@@ -201,34 +201,5 @@ TEST(ResponseTest, AnExceptionInAHandlerLeavesTheClientWorking) {
   EXPECT_TRUE(events.content.ends_with("more")) << events.content;
 }
 
-// A second request drops the first silently, and with it the connection,
-// whose later bytes reach no one. Its file is emptied when it starts, before
-// the connection stands or fails; a target that can't be written stops it
-// before it connects.
-TEST(ResponseTest, ASecondRequestDropsTheFirstAndEmptiesItsFile) {
-  QTemporaryDir folder;
-  for (const auto& [target, error] :
-       {std::pair<std::string, int64_t>{"file", TCPSocket::kErrorBase}, {".", 1}, {"missing/file", 1}}) {
-    const std::string path = folder.filePath(QString::fromStdString(target)).toStdString();
-    InMemoryHTTPSocket socket;
-    HTTPEvents events(socket);
-    socket.Get("http://h/first");
-    socket.Accept();
-    socket.Deliver("HTTP/1.0 200 OK\r\n\r\npartial");
-    WriteFile(path, "old content");
-    socket.Get("http://h/second", Item(path));
-    EXPECT_EQ(socket.connecting, error != 1) << target;
-    if (socket.connecting) {
-      EXPECT_EQ(ReadFile(path), "");
-      socket.Refuse(error);
-    }
-    socket.Deliver(" and the rest of the first");
-    socket.End();
-    EXPECT_EQ(events.log, (std::vector<std::string>{"Connected", "HeadersReceived 200", "ReceiveProgress",
-                                                    "Error " + std::to_string(error)}));
-    EXPECT_EQ(socket.ErrorCode(), error) << target;
-  }
-}
-
 }  // namespace
 }  // namespace velmaris::testing
