@@ -104,14 +104,25 @@ TEST(ResponseTest, WaysAPageEnds) {
 }
 
 // The running total and the announced one, from the empty block that the
-// header block's own delivery passes on.
+// header block's own delivery passes on. With a length, the handler throws at
+// that first block: the re-entrance guard is down again after it, and the
+// rest comes in as before.
 TEST(ResponseTest, ReceiveProgressArguments) {
   for (const std::string total : {"0", "9"}) {
     InMemoryHTTPSocket socket;
     HTTPEvents events(socket);
+    const auto record = socket.ReceiveProgress;
+    socket.ReceiveProgress = [&](HTTPSocket& sender, int64_t received, int64_t announced, const String& data) {
+      record(sender, received, announced, data);
+      if (received == 0 && announced == 9) throw RuntimeException("no");
+    };
     socket.Get("http://h/");
     socket.Accept();
-    socket.Deliver(total == "0" ? "HTTP/1.0 200 OK\r\n\r\n" : "HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\n");
+    if (total == "0") {
+      socket.Deliver("HTTP/1.0 200 OK\r\n\r\n");
+    } else {
+      EXPECT_THROW(socket.Deliver("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\n"), RuntimeException);
+    }
     for (const char* delivery : {"abc", "de", "fghi"}) socket.Deliver(delivery);
     socket.End();
     EXPECT_EQ(events.progress, (std::vector<std::string>{"0/" + total, "3/" + total, "5/" + total, "9/" + total}));
@@ -185,20 +196,6 @@ TEST(ResponseTest, ALengthComesFromItsOwnHeadersOnly) {
     EXPECT_TRUE(request("GET", "HTTP/1.0 200 OK\r\n\r\n" + body) == body) << (blocking ? "blocking" : "events");
     EXPECT_EQ(socket.ErrorCode(), blocking ? -1 : 0);
   }
-}
-
-// The re-entrance guard is down again after a handler's exception.
-TEST(ResponseTest, AnExceptionInAHandlerLeavesTheClientWorking) {
-  InMemoryHTTPSocket socket;
-  HTTPEvents events(socket);
-  socket.HeadersReceived = [](HTTPSocket&, const Ref<InternetHeaders>&, int64_t) { throw RuntimeException("no"); };
-  socket.Get("http://h/");
-  socket.Accept();
-  EXPECT_THROW(socket.Deliver("HTTP/1.0 200 OK\r\n\r\n"), RuntimeException);
-  socket.Deliver("more");
-  socket.End();
-  EXPECT_EQ(events.log.back(), "PageReceived 200 http://h/");
-  EXPECT_TRUE(events.content.ends_with("more")) << events.content;
 }
 
 }  // namespace
