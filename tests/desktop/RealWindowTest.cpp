@@ -136,14 +136,12 @@ class XServer {
   xcb_window_t mRoot = 0;
 };
 
-// The content area as the offscreen platform draws it, for the job of these
-// arguments, in French or English.
-QImage Content(const std::vector<std::string>& arguments, bool french) {
+// The content area as the offscreen platform draws it, for the job beside
+// REPAPP, in French or English.
+QImage Content(const std::string& job, bool french) {
   const std::unique_ptr<QTranslator> translator = LoadTranslation(QLocale(QStringLiteral("fr")));
   if (french) QCoreApplication::installTranslator(translator.get());
-  std::vector<std::string> command = {"VelmarisMAJ"};
-  command.insert(command.end(), arguments.begin(), arguments.end());
-  testing::TestWindow window(command);
+  testing::TestWindow window({"VelmarisMAJ", "--REPAPP:/Applications/Velmaris.app", job});
   window->TimerQuit().SetMode(0);
   QImage content = window->Content()->grab().toImage().convertToFormat(QImage::Format_RGB32);
   QCoreApplication::removeTranslator(translator.get());
@@ -218,7 +216,7 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     EXPECT_EQ(x.Title(window), row.titles.first);
     if (row.end == End::Dialog) continue;  // the dialog may be in front of it
     const QRect content(place.left(), place.bottom() + 1 - 95, 420, 95);
-    const QImage expected = Content({"--REPAPP:/Applications/Velmaris.app", row.job}, row.french);
+    const QImage expected = Content(row.job, row.french);
     EXPECT_TRUE(testing::WaitUntil([&] { return x.Picture(content) == expected; }, 2000));
   }
 
