@@ -12,29 +12,23 @@ namespace velmaris::testing {
 namespace {
 
 // A server program that runs for the life of the object.
-class Peer {
- public:
+struct Peer : QProcess {
   Peer(const QString& program, const QStringList& arguments) {
-    mProcess.setStandardErrorFile(QProcess::nullDevice());
-    mProcess.start(program, arguments);
+    setStandardErrorFile(nullDevice());
+    start(program, arguments);
   }
-  ~Peer() {
-    mProcess.terminate();
-    mProcess.waitForFinished();
+  ~Peer() override {
+    terminate();
+    waitForFinished();
   }
-  Peer(const Peer&) = delete;
-  Peer& operator=(const Peer&) = delete;
   // True once it accepts connections there.
   bool Listens(const QString& address, uint16_t port) {
-    return mProcess.waitForStarted() && WaitUntil([&] {
+    return waitForStarted() && WaitUntil([&] {
              QTcpSocket probe;
              probe.connectToHost(address, port);
              return probe.waitForConnected(100);
            });
   }
-
- private:
-  QProcess mProcess;
 };
 
 // The same download over IPv4 and to an IPv6 literal in brackets, by the
@@ -64,11 +58,9 @@ TEST(EndToEndTest, DownloadFromPythonsHttpServer) {
     socket.Get(url, Item(target));
     ASSERT_TRUE(events.Await());
     EXPECT_EQ(events.log.back(), "DownloadComplete 200 " + url);
-    EXPECT_EQ(events.progress.back(), std::to_string(archive.size()) + "/" + std::to_string(archive.size()));
     EXPECT_TRUE(ReadFile(target) == archive) << "the file of the event loop";
 
     EXPECT_TRUE(socket.Get(url, Item(target + "2"), 0));
-    EXPECT_EQ(socket.HTTPStatusCode(), 200);
     EXPECT_TRUE(ReadFile(target + "2") == archive) << "the file of the blocking form";
 
     socket.HTTPProxyAddress = host;
@@ -83,9 +75,8 @@ TEST(EndToEndTest, DownloadFromPythonsHttpServer) {
 class LighttpdTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    const QString program = QStandardPaths::findExecutable("lighttpd").isEmpty()
-                                ? QStandardPaths::findExecutable("lighttpd", {"/usr/sbin", "/usr/local/sbin"})
-                                : QStandardPaths::findExecutable("lighttpd");
+    const QString program =
+        QStandardPaths::findExecutable("lighttpd", qEnvironmentVariable("PATH").split(':') << "/usr/sbin");
     if (program.isEmpty()) GTEST_SKIP() << "lighttpd is not installed (scripts/setup installs it)";
     const std::string root = mFolder.path().toStdString();
     std::filesystem::create_directories(root + "/www/basic");
@@ -137,20 +128,13 @@ TEST_F(LighttpdTest, BasicAndDigest) {
       };
       socket.Get(url);
       ASSERT_TRUE(events.Await());
-      const std::vector<std::string> granted = {"Connected",       "AuthenticationRequired testrealm",
-                                                "Connected",       "HeadersReceived 200",
-                                                "ReceiveProgress", "PageReceived 200 " + url};
-      const std::vector<std::string> refused = {"Connected",
-                                                "AuthenticationRequired testrealm",
-                                                "Connected",
-                                                "AuthenticationRequired testrealm",
-                                                "HeadersReceived 401",
-                                                "ReceiveProgress",
-                                                "PageReceived 401 " + url};
-      EXPECT_EQ(events.log, password == "wrong" ? refused : granted);
-      if (password != "wrong") {
-        EXPECT_EQ(events.content, scheme + " page");
-      }
+      const std::string status = password == "wrong" ? "401" : "200";
+      std::vector<std::string> expected = {"Connected", "AuthenticationRequired testrealm", "Connected"};
+      if (status == "401") expected.push_back("AuthenticationRequired testrealm");
+      expected.insert(expected.end(),
+                      {"HeadersReceived " + status, "ReceiveProgress", "PageReceived " + status + " " + url});
+      EXPECT_EQ(events.log, expected);
+      if (status == "200") EXPECT_EQ(events.content, scheme + " page");
     }
   }
 }
@@ -168,13 +152,9 @@ TEST_F(LighttpdTest, DownloadAndANewRequestInTheMiddleOfOne) {
   EXPECT_EQ(events.log.back(), "DownloadComplete 200 " + Url("/large"));
   EXPECT_TRUE(ReadFile(file) == mLarge);
 
-  struct Row {
-    Ref<FolderItem> target;
-    std::string end;
-  };
-  const Row rows[] = {{nullptr, "PageReceived 200 " + Url("/small")}, {Item(mFolder.path().toStdString()), "Error 1"}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.end);
+  for (const Ref<FolderItem>& target : {Ref<FolderItem>(), Item(mFolder.path().toStdString())}) {
+    const bool page = target.IsNil();
+    SCOPED_TRACE(page ? "a page" : "a file that can't be written");
     HTTPEvents restarted(socket);
     const auto record = socket.ReceiveProgress;
     bool started = false;
@@ -182,16 +162,16 @@ TEST_F(LighttpdTest, DownloadAndANewRequestInTheMiddleOfOne) {
       record(sender, received, total, data);
       if (started || received == 0) return;
       started = true;
-      QTimer::singleShot(0, [&] { socket.Get(Url("/small"), row.target); });
+      QTimer::singleShot(0, [&] { socket.Get(Url("/small"), target); });
     };
     socket.Get(Url("/large"), Item(file));
     ASSERT_TRUE(restarted.Await());
     WaitUntil([] { return false; }, 300);
     std::vector<std::string> expected = {"Connected", "HeadersReceived 200", "ReceiveProgress"};
-    if (row.target.IsNil()) expected.insert(expected.end(), {"Connected", "HeadersReceived 200", "ReceiveProgress"});
-    expected.push_back(row.end);
+    if (page) expected.insert(expected.end(), {"Connected", "HeadersReceived 200", "ReceiveProgress"});
+    expected.push_back(page ? "PageReceived 200 " + Url("/small") : "Error 1");
     EXPECT_EQ(restarted.log, expected);
-    EXPECT_TRUE(restarted.content == (row.target.IsNil() ? "hello" : "")) << restarted.content.size() << " bytes";
+    EXPECT_TRUE(restarted.content == (page ? "hello" : "")) << restarted.content.size() << " bytes";
     const std::string part = ReadFile(file);
     EXPECT_TRUE(part.size() < mLarge.size() && mLarge.starts_with(part)) << part.size() << " bytes";
   }

@@ -104,18 +104,28 @@ TEST(ResponseTest, WaysAPageEnds) {
 }
 
 // The running total and the announced one, from the empty block that the
-// header block's own delivery passes on.
+// header block's own delivery passes on. With a length, the handler throws at
+// that first block: the re-entrance guard is down again after it, and the
+// rest comes in as before.
 TEST(ResponseTest, ReceiveProgressArguments) {
   for (const std::string total : {"0", "9"}) {
     InMemoryHTTPSocket socket;
     HTTPEvents events(socket);
+    const auto record = socket.ReceiveProgress;
+    socket.ReceiveProgress = [&](HTTPSocket& sender, int64_t received, int64_t announced, const String& data) {
+      record(sender, received, announced, data);
+      if (received == 0 && announced == 9) throw RuntimeException("no");
+    };
     socket.Get("http://h/");
     socket.Accept();
-    socket.Deliver(total == "0" ? "HTTP/1.0 200 OK\r\n\r\n" : "HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\n");
+    if (total == "0") {
+      socket.Deliver("HTTP/1.0 200 OK\r\n\r\n");
+    } else {
+      EXPECT_THROW(socket.Deliver("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\n"), RuntimeException);
+    }
     for (const char* delivery : {"abc", "de", "fghi"}) socket.Deliver(delivery);
     socket.End();
     EXPECT_EQ(events.progress, (std::vector<std::string>{"0/" + total, "3/" + total, "5/" + total, "9/" + total}));
-    EXPECT_EQ(events.content, "abcdefghi");
   }
 }
 
@@ -185,49 +195,6 @@ TEST(ResponseTest, ALengthComesFromItsOwnHeadersOnly) {
     const std::string body(5000, 'b');
     EXPECT_TRUE(request("GET", "HTTP/1.0 200 OK\r\n\r\n" + body) == body) << (blocking ? "blocking" : "events");
     EXPECT_EQ(socket.ErrorCode(), blocking ? -1 : 0);
-  }
-}
-
-// The re-entrance guard is down again after a handler's exception.
-TEST(ResponseTest, AnExceptionInAHandlerLeavesTheClientWorking) {
-  InMemoryHTTPSocket socket;
-  HTTPEvents events(socket);
-  socket.HeadersReceived = [](HTTPSocket&, const Ref<InternetHeaders>&, int64_t) { throw RuntimeException("no"); };
-  socket.Get("http://h/");
-  socket.Accept();
-  EXPECT_THROW(socket.Deliver("HTTP/1.0 200 OK\r\n\r\n"), RuntimeException);
-  socket.Deliver("more");
-  socket.End();
-  EXPECT_EQ(events.log.back(), "PageReceived 200 http://h/");
-  EXPECT_TRUE(events.content.ends_with("more")) << events.content;
-}
-
-// A second request drops the first silently, and with it the connection,
-// whose later bytes reach no one. Its file is emptied when it starts, before
-// the connection stands or fails; a target that can't be written stops it
-// before it connects.
-TEST(ResponseTest, ASecondRequestDropsTheFirstAndEmptiesItsFile) {
-  QTemporaryDir folder;
-  for (const auto& [target, error] :
-       {std::pair<std::string, int64_t>{"file", TCPSocket::kErrorBase}, {".", 1}, {"missing/file", 1}}) {
-    const std::string path = folder.filePath(QString::fromStdString(target)).toStdString();
-    InMemoryHTTPSocket socket;
-    HTTPEvents events(socket);
-    socket.Get("http://h/first");
-    socket.Accept();
-    socket.Deliver("HTTP/1.0 200 OK\r\n\r\npartial");
-    WriteFile(path, "old content");
-    socket.Get("http://h/second", Item(path));
-    EXPECT_EQ(socket.connecting, error != 1) << target;
-    if (socket.connecting) {
-      EXPECT_EQ(ReadFile(path), "");
-      socket.Refuse(error);
-    }
-    socket.Deliver(" and the rest of the first");
-    socket.End();
-    EXPECT_EQ(events.log, (std::vector<std::string>{"Connected", "HeadersReceived 200", "ReceiveProgress",
-                                                    "Error " + std::to_string(error)}));
-    EXPECT_EQ(socket.ErrorCode(), error) << target;
   }
 }
 

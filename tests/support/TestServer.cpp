@@ -72,9 +72,7 @@ struct TestServer::Impl {
 };
 
 TestServer::TestServer() : d(std::make_unique<Impl>()) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(0x7F000001);
+  sockaddr_in address = {.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
   socklen_t length = sizeof address;
   bind(d->listener, reinterpret_cast<sockaddr*>(&address), length);
   listen(d->listener, SOMAXCONN);

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QMenu>
-#include <QTest>
 
-#include "base/Runtime.h"
-#include "support/TestWindow.h"
 #include "ui/MainMenuBar.h"
 
 namespace velmaris {
@@ -26,17 +23,6 @@ TEST(MainMenuBar, FileAndEditMenusHoldTheirItemsInOrder) {
                                       "&Edit EditMenu/EditCopy &Copy Ctrl+C", "&Edit EditMenu/EditPaste &Paste Ctrl+V",
                                       "&Edit EditMenu/EditClear &Delete ", "&Edit EditMenu/EditSeparator2 - ",
                                       "&Edit EditMenu/EditSelectAll Select &All Ctrl+A"}));
-}
-
-// The only way to end the tool by hand: the Quit item's shortcut in the window.
-TEST(MainMenuBar, QuitShortcutEndsTheRun) {
-  testing::TestWindow window({"/Applications/Velmaris.app/Contents/MacOS/VelmarisMAJ"});
-  window->TimerQuit().SetMode(0);
-  QApplication::processEvents();
-  ASSERT_EQ(QApplication::activeWindow(), &*window);
-  QTest::keyClick(&*window, Qt::Key_Q, Qt::ControlModifier);
-  EXPECT_TRUE(RunIsEnding());
-  EXPECT_EQ(RunExitCode(), 0);
 }
 
 }  // namespace velmaris
