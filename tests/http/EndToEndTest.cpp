@@ -134,7 +134,9 @@ TEST_F(LighttpdTest, BasicAndDigest) {
       expected.insert(expected.end(),
                       {"HeadersReceived " + status, "ReceiveProgress", "PageReceived " + status + " " + url});
       EXPECT_EQ(events.log, expected);
-      if (status == "200") EXPECT_EQ(events.content, scheme + " page");
+      if (status == "200") {
+        EXPECT_EQ(events.content, scheme + " page");
+      }
     }
   }
 }
