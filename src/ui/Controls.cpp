@@ -83,8 +83,12 @@ void Label::SetText(const std::string& text) {
 }
 
 void Label::SetVisible(bool visible) {
-  if (!visible && mHeldEcho.isActive()) WriteEcho();
+  if (!visible) FlushEcho();
   setVisible(visible);
+}
+
+void Label::FlushEcho() {
+  if (mHeldEcho.isActive()) WriteEcho();
 }
 
 void Label::SetHeadlessEcho(bool echo, std::chrono::milliseconds interval) {

@@ -36,8 +36,10 @@ class Label : public QLabel, public Control {
   // Without a display, every change of the text is written on stderr, so
   // that a headless run shows what the label would. With an interval, at
   // most one line is written per interval: a text held back is written when
-  // its interval is over, or at once when the label hides.
+  // its interval is over, or at once when the label hides or FlushEcho is called.
   void SetHeadlessEcho(bool echo, std::chrono::milliseconds interval = std::chrono::milliseconds::zero());
+  // Writes a text held back now, before a line that must come after it.
+  void FlushEcho();
 
  private:
   void EchoText();

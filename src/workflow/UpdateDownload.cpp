@@ -165,6 +165,7 @@ void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t cod
 }
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
+  LabelDownload().FlushEcho();
   std::cerr << "VelmarisMAJ: " << raison << "\n";
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);

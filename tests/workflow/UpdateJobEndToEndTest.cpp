@@ -164,7 +164,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "signed", .messages = installed, .installed = "2.0.0", .key = key},
       {.name = "signed, then changed",
        .version = "2.1.0",
-       .messages = {"the signature does not verify", kDownloadFailed},
+       .messages = {"100%", "the signature does not verify", kDownloadFailed},
        .key = key},
       {.name = "not signed",
        .version = "2.2.0",
