@@ -119,7 +119,6 @@ bool Permuter(const Installation& installation) {
   const Ref<FolderItem>& application = installation.application;
   const Ref<FolderItem>& entrante = installation.copieEntrante;
   const Ref<FolderItem>& sortante = installation.copieSortante;
-  if (sortante->Exists()) return false;
   if (!application->Exists()) {
     entrante->MoveFileTo(application);
     return entrante->LastErrorCode() == 0;
@@ -195,8 +194,11 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   const bool bDezippe = sh.ErrorCode() == 0;
   sh.Execute(installation.mount);
   const bool bMonte = sh.ErrorCode() == 0;
+  // A staging folder or an old copy that the recovery could not remove
+  // would mix with the copy or stand in the way of the exchange.
   if (!bDezippe || !bMonte || !ApplicationInstallable(installation.volume->Child("Velmaris.app")) ||
-      !ApplicationRemplacable(app.strCheminApp, installation.application)) {
+      !ApplicationRemplacable(app.strCheminApp, installation.application) || installation.copieEntrante->Exists() ||
+      installation.copieSortante->Exists()) {
     AbandonnerInstallation(sh, installation, bMonte);
   }
 

@@ -50,7 +50,7 @@ TEST(UpdateInstallation, EveryRoad) {
     std::map<std::string, int64_t> fail = {};
     std::vector<std::string> seen;  // the commands, and the dialog where it is shown
     std::string installed = "1";
-    // What stands on the volume in place of a whole application.
+    // What stands on the volume in place of a whole application, or beside the installed one.
     std::function<void()> volume = [] {};
   } rows[] = {
       {.name = "success", .seen = success, .installed = "2.1.0"},
@@ -76,6 +76,9 @@ TEST(UpdateInstallation, EveryRoad) {
       {.name = "no program in Contents/MacOS",
        .seen = refused,
        .volume = [&] { fs::permissions(source + "/Contents/MacOS/Velmaris", fs::perms(0644)); }},
+      {.name = "a staging folder the recovery could not remove",
+       .seen = {unzip, mount, kept, "rm -rf \"" + incoming + "\"", unmount, rmMacOSX, rmDownloads, open},
+       .volume = [&] { testing::MakeApplication(incoming, "0", 1); }},
   };
   // Runs the installation of the application at that path, with those commands failing.
   const auto install = [&](const std::string& path, const std::map<std::string, int64_t>& fail) {
