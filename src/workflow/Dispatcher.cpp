@@ -37,20 +37,26 @@ void DeterminerChemins() {
 
 // Two waits give the main application time to close its database; one
 // repeat after a failure, then a dialog. The main application is opened
-// again whatever the outcome.
+// again whatever the outcome, a Quit on the way included, once the
+// database files are back in place.
 void RestaurerBase(Window& fenetre, Shell& sh) {
   VelmarisMAJ& app = App();
   const std::string strSauvegarde = app.RetournerValeurArgument("SAUVEDB");
   const std::string strRepApp = app.RetournerCheminApplication();
-  app.PatienterSecondes(2);
-  fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
-  app.PatienterSecondes(2);
-  bool bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
-  if (!bRestaurationOK) {
+  try {
     app.PatienterSecondes(2);
-    bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
+    fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
+    app.PatienterSecondes(2);
+    bool bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
+    if (!bRestaurationOK) {
+      app.PatienterSecondes(2);
+      bRestaurationOK = app.RestaurerVelmarisDB(strSauvegarde);
+    }
+    if (!bRestaurationOK) app.AfficherMessage(Strings::kMsgBoxErreurRestauration(), "", true);
+  } catch (const EndException&) {
+    sh.Execute("open \"" + strRepApp + "\"");
+    throw;
   }
-  if (!bRestaurationOK) app.AfficherMessage(Strings::kMsgBoxErreurRestauration(), "", true);
   sh.Execute("open \"" + strRepApp + "\"");
   app.bQuit = true;
   app.bSauvegardeDB = false;

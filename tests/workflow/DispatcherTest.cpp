@@ -66,6 +66,7 @@ TEST_F(DispatcherTest, EveryRoad) {
     std::string name;
     std::vector<std::string> arguments;
     int64_t backup = 0;  // seconds into the run when the backup appears; -1 for never
+    int64_t quitAt = 0;  // ticks into the run when the user quits; 0 for never
     std::vector<std::string> seen = {kNoJob};
     int64_t seconds = 0;
     bool quit = true;
@@ -81,6 +82,8 @@ TEST_F(DispatcherTest, EveryRoad) {
       {.name = "restored at once", .arguments = db, .seen = {open}, .seconds = 5, .restored = true},
       {.name = "at the repeat", .arguments = db, .backup = 5, .seen = {open}, .seconds = 7, .restored = true},
       {.name = "both fail", .arguments = db, .backup = -1, .seen = {failed, open}, .seconds = 6},
+      // In the restore's own wait, with the live files set aside: they come back first.
+      {.name = "quit during the restore", .arguments = db, .quitAt = 270, .seen = {open}, .seconds = 4},
       {.name = "update: the handler returns", .arguments = update, .seen = {}, .seconds = 3, .quit = false},
       // The database leg's quit ends the run once the download has started.
       {.name = "both jobs", .arguments = both, .seen = {open}, .seconds = 8, .restored = true},
@@ -99,6 +102,7 @@ TEST_F(DispatcherTest, EveryRoad) {
     if (row.backup == 0) testing::WriteFile(backup, "backup");
 
     if (row.backup > 0) mTime.At(mTime.Now() + row.backup * 60, [&] { testing::WriteFile(backup, "backup"); });
+    if (row.quitAt > 0) mTime.At(mTime.Now() + row.quitAt, [] { Quit(0); });
     const Outcome run = Dispatch(row.arguments);
 
     EXPECT_EQ(run.seen, row.seen);
