@@ -246,8 +246,8 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     }
     EXPECT_EQ(row.run.Finish(), "");
     EXPECT_TRUE(!fs::exists(row.run.At("/home/Downloads")) || fs::is_empty(row.run.At("/home/Downloads")));
-    // Ended during a download, the update re-opens the application.
-    EXPECT_EQ(row.run.Opened(!row.response.empty()), row.response.empty() ? "" : "opened 1\n");
+    // Ended during a job, the tool re-opens the application.
+    EXPECT_EQ(row.run.Opened(!row.job.empty()), row.job.empty() ? "" : "opened 1\n");
   }
 }
 
