@@ -138,9 +138,10 @@ class ToolRun {
     return mTool.readAllStandardError().toStdString();
   }
   // What the re-opened applications wrote. open returns before the
-  // application has run, so an expected opening is given a few seconds.
+  // application has run, so an expected opening is given a few seconds (the
+  // file may stand a moment before its line is in).
   std::string Opened(bool expected) const {
-    for (int wait = 0; expected && wait < 100 && !std::filesystem::exists(At("/home/opened.txt")); ++wait) {
+    for (int wait = 0; expected && wait < 100 && ReadFile(At("/home/opened.txt")).empty(); ++wait) {
       QThread::msleep(100);
     }
     return ReadFile(At("/home/opened.txt"));
