@@ -88,7 +88,8 @@ int main(int argc, char** argv) {
   std::atomic<bool> done = false;
   Watch watch;
   std::thread watcher;
-  if (watched) watcher = std::thread(WatchApplication, fs::path(argv[3]), std::stol(argv[4]), std::cref(done), std::ref(watch));
+  if (watched)
+    watcher = std::thread(WatchApplication, fs::path(argv[3]), std::stol(argv[4]), std::cref(done), std::ref(watch));
 
   const Clock::time_point start = Clock::now();
   const bool replaced = Replace(order == "swap", argv[2], installed);

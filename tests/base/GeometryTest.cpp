@@ -12,14 +12,6 @@ Ref<Rect> R(int64_t left, int64_t top, int64_t width, int64_t height) { return N
 Ref<Point> P(int64_t x, int64_t y) { return New<Point>(x, y); }
 Dims D(const Ref<Rect>& rect) { return {rect->Left(), rect->Top(), rect->Width(), rect->Height()}; }
 
-// Points on the right or bottom edge are outside, so an empty rectangle holds none.
-TEST(Geometry, PointContainmentIsHalfOpen) {
-  const auto screen = R(0, 0, 1440, 900);
-  EXPECT_TRUE(screen->Contains(P(0, 0)) && screen->Contains(P(1439, 899)));
-  EXPECT_FALSE(screen->Contains(P(1440, 0)) || screen->Contains(P(0, 900)) || screen->Contains(P(-1, 0)) ||
-               screen->Contains(P(0, -1)) || R(0, 0, 0, 0)->Contains(P(0, 0)));
-}
-
 // Containment of a rectangle is closed; touching rectangles do not intersect,
 // and Intersection makes no test for overlap.
 TEST(Geometry, RectanglesMeetByTheirEdges) {

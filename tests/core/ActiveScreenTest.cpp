@@ -15,7 +15,7 @@ TEST(ActiveScreen, FirstScreenHoldingThePointWins) {
   } rows[] = {{.x = 1439, .y = 899, .screen = 0}, {.x = 1440, .y = 0, .screen = 1},
               {.x = 3360, .y = 0, .screen = -1},  {.x = 100, .y = 100, .screen = 0},
               {.x = 100, .y = -500, .screen = 2}, {.x = 1500, .y = 1079, .screen = 1},
-              {.x = -1, .y = 0, .screen = -1}};
+              {.x = -1, .y = 0, .screen = -1},    {.x = 0, .y = 900, .screen = -1}};
   for (const Row& row : rows) EXPECT_EQ(App().RetournerEcranActif(row.x, row.y), row.screen) << row.x << "," << row.y;
   SetScreens(std::vector<ScreenArea>{});
   EXPECT_EQ(App().RetournerEcranActif(0, 0), -1);
