@@ -42,7 +42,7 @@ void DeterminerChemins() {
 void RestaurerBase(Window& fenetre, Shell& sh) {
   VelmarisMAJ& app = App();
   const std::string strSauvegarde = app.RetournerValeurArgument("SAUVEDB");
-  const std::string strRepApp = app.RetournerCheminApplication();
+  const std::string ouvrirApplication = "open \"" + app.RetournerCheminApplication() + "\"";
   try {
     app.PatienterSecondes(2);
     fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
@@ -54,10 +54,10 @@ void RestaurerBase(Window& fenetre, Shell& sh) {
     }
     if (!bRestaurationOK) app.AfficherMessage(Strings::kMsgBoxErreurRestauration(), "", true);
   } catch (const EndException&) {
-    sh.Execute("open \"" + strRepApp + "\"");
+    sh.Execute(ouvrirApplication);
     throw;
   }
-  sh.Execute("open \"" + strRepApp + "\"");
+  sh.Execute(ouvrirApplication);
   app.bQuit = true;
   app.bSauvegardeDB = false;
 }

@@ -64,6 +64,12 @@ String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& head
   return "";
 }
 
+// The main application, closed for the update, comes back.
+void RouvrirApplication() {
+  Shell sh;
+  sh.Execute("open \"" + App().strCheminApp + "\"");
+}
+
 }  // namespace
 
 void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
@@ -169,8 +175,7 @@ void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
   std::cerr << "VelmarisMAJ: " << raison << "\n";
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
-  Shell sh;
-  sh.Execute("open \"" + App().strCheminApp + "\"");
+  RouvrirApplication();
   Quit(0);
 }
 
@@ -188,8 +193,7 @@ void FenetreTelechargement::AnnulerTelechargement() {
 void FenetreTelechargement::FermetureDemandee() {
   if (mMiseAJourAnnulable) {
     AnnulerTelechargement();
-    Shell sh;
-    sh.Execute("open \"" + App().strCheminApp + "\"");
+    RouvrirApplication();
   }
   Quit(0);
 }
