@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
+#include <filesystem>
 
 #include "base/BinaryStream.h"
 #include "base/FolderItem.h"
+#include "base/InfoPlist.h"
 #include "base/MemoryBlock.h"
 #include "support/Files.h"
 
@@ -40,6 +42,21 @@ TEST(FileLayer, MemoryBlockGrowsUnderAStreamAndHoldsAStringsBytes) {
   const MemoryBlock text(bytes.substr(0, 4));
   EXPECT_EQ(text.Byte(1), 0xC3);
   EXPECT_THROW(text.Byte(4), OutOfBoundsException);
+}
+
+// Only a string of the outermost dictionary counts, its entities decoded.
+TEST(FileLayer, InfoPlistValueReadsTheOutermostDictionary) {
+  QTemporaryDir folder;
+  const std::string bundle = folder.path().toStdString() + "/A.app";
+  EXPECT_EQ(InfoPlistValue(bundle, "CFBundleIdentifier"), "") << "no file";
+  std::filesystem::create_directories(bundle + "/Contents");
+  testing::WriteFile(bundle + "/Contents/Info.plist",
+                     "<?xml version=\"1.0\"?><plist><dict><key>Inner</key><dict><key>CFBundleIdentifier</key>"
+                     "<string>inner</string></dict><key>CFBundleVersion</key><true/><key>CFBundleIdentifier</key>"
+                     "<string>a&amp;b&lt;c</string></dict></plist>");
+  EXPECT_EQ(InfoPlistValue(bundle, "CFBundleIdentifier"), "a&b<c");
+  EXPECT_EQ(InfoPlistValue(bundle, "CFBundleVersion"), "");
+  EXPECT_EQ(InfoPlistValue(bundle, "Inner"), "");
 }
 
 }  // namespace velmaris

@@ -51,10 +51,19 @@ class Sandbox {
 // An application bundle of that version whose executable, when open starts
 // it, appends "opened <version>" to $HOME/opened.txt; with that many more
 // files in Contents/Resources, each of which holds the version, and their
-// number in Contents/manifest.txt.
-inline void MakeApplication(const std::string& bundle, const std::string& version, int resources = 0) {
+// number in Contents/manifest.txt. Its Info.plist names the identifier and
+// the version.
+inline void MakeApplication(const std::string& bundle, const std::string& version, int resources = 0,
+                            const std::string& identifier = "app.velmaris.Velmaris") {
   std::filesystem::create_directories(bundle + "/Contents/MacOS");
   std::filesystem::create_directories(bundle + "/Contents/Resources");
+  WriteFile(bundle + "/Contents/Info.plist",
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n"
+            "\t<key>CFBundleIdentifier</key>\n\t<string>" +
+                identifier +
+                "</string>\n"
+                "\t<key>CFBundleShortVersionString</key>\n\t<string>" +
+                version + "</string>\n</dict>\n</plist>\n");
   WriteFile(bundle + "/Contents/version.txt", version);
   WriteFile(bundle + "/Contents/MacOS/Velmaris",
             "#!/bin/sh\necho \"opened " + version + "\" >> \"$HOME/opened.txt\"\n");
