@@ -81,7 +81,12 @@ void HTTPSocket::_HandleNewData() {
 void HTTPSocket::_ParseHeaders(const String& text) {
   const String eol = _DetermineEOLCharacter(text);
   _pageHeaders = New<InternetHeaders>();
-  _httpStatusCode = ToInteger(Val(NthField(NthField(text, eol, 1), " ", 2)));
+  const String statusLine = NthField(text, eol, 1);
+  _httpStatusCode = ToInteger(Val(NthField(statusLine, " ", 2)));
+  // "HTTP/1.0 404 Not Found": what follows the second blank.
+  const size_t code = statusLine.find(' ');
+  const size_t phrase = code == String::npos ? String::npos : statusLine.find(' ', code + 1);
+  _httpReasonPhrase = phrase == String::npos ? "" : Trim(statusLine.substr(phrase + 1));
   _pageHeaders->_ParseHeaders(text);
   if (_pageHeaders->NameCount("Content-length") >= 1) {
     _totalLength = ToInteger(Val(_pageHeaders->Value("Content-length")));

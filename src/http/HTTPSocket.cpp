@@ -21,6 +21,8 @@ void HTTPSocket::GetHeaders(const String& url) { SendRequest("HEAD", url); }
 
 int64_t HTTPSocket::HTTPStatusCode() const { return _httpStatusCode; }
 
+String HTTPSocket::HTTPReasonPhrase() const { return _httpReasonPhrase; }
+
 Ref<InternetHeaders> HTTPSocket::PageHeaders() const {
   if (!_pageHeaders.IsNil() && _pageHeaders->Count() != 0) return _pageHeaders;
   return nullptr;
@@ -66,6 +68,7 @@ void HTTPSocket::_ResetVariables() {
   // A response's length comes from its own headers, never from the last one's.
   _contentlength = 0;
   _httpStatusCode = 0;
+  _httpReasonPhrase = "";
   _totalLength = 0;
   _currentLength = 0;
   _pageComplete = false;

@@ -80,6 +80,8 @@ class HTTPSocket : public TCPSocket {
   virtual void GetHeaders(const String& url);
   virtual Ref<InternetHeaders> GetHeaders(const String& url, int64_t timeout);
   virtual int64_t HTTPStatusCode() const;
+  // The words behind the status on the status line ("Not Found"); "" before a response.
+  virtual String HTTPReasonPhrase() const;
   // nil before a response, and for one without header lines.
   virtual Ref<InternetHeaders> PageHeaders() const;
   virtual void Post(const String& url);
@@ -142,6 +144,7 @@ class HTTPSocket : public TCPSocket {
   Ref<BinaryStream> _downloadStream;
   String _httpAction;
   int64_t _httpStatusCode = 0;
+  String _httpReasonPhrase;
   String _lastServerNonce;
   Ref<Dictionary> _Nonces;
   Ref<MemoryBlock> _pageBuffer;

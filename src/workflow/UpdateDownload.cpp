@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <iostream>
 
+#include "base/Clock.h"
 #include "base/FolderItem.h"
+#include "base/InfoPlist.h"
 #include "base/Minisign.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
@@ -55,15 +57,22 @@ const String kExtensionSignature = ".minisig";
 
 // Why what arrived is not the archive, or "" when it is: the whole body of
 // a 200 answer, every byte of it written.
-String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& headers, int64_t recus,
-                            const Ref<FolderItem>& fichier) {
-  if (httpStatus != 200) return "the server answered " + Str(httpStatus) + " instead of 200";
+String DefautTelechargement(const String& url, int64_t httpStatus, const String& phrase,
+                            const Ref<InternetHeaders>& headers, int64_t recus, const Ref<FolderItem>& fichier) {
+  if (httpStatus != 200) {
+    return url + ": " + (httpStatus == 0 ? "no HTTP answer" : Str(httpStatus)) + (phrase == "" ? "" : " " + phrase);
+  }
   if (!headers.IsNil() && headers->_HasHeader("Content-Length")) {
     const int64_t annonce = ToInteger(Val(headers->Value("Content-Length")));
-    if (recus != annonce) return "the connection ended after " + Str(recus) + " of " + Str(annonce) + " bytes";
+    if (recus != annonce) {
+      return url + ": the connection ended after " + Str(recus) + " of " + Str(annonce) + " bytes";
+    }
   }
   const auto ecrits = static_cast<int64_t>(fichier->Length());
-  if (ecrits != recus) return Str(recus) + " bytes arrived but " + Str(ecrits) + " were written (is the disk full?)";
+  if (ecrits != recus) {
+    return Str(recus) + " bytes arrived but " + Str(ecrits) + " were written to " + fichier->NativePath() +
+           " (is the disk full?)";
+  }
   return "";
 }
 
@@ -93,11 +102,13 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   bool bTelechargementLance = false;
   // The archive goes to $HOME/Downloads, and the commands find it through "~".
   const String home = System::EnvironmentVariable("HOME");
+  app.Journaliser("update job: " + strRepApp + ", version " + InfoPlistValue(strRepApp, "CFBundleShortVersionString") +
+                  ", to " + velmaris::Left(strVersionMAJ, 80));
   if (!VersionSure(strVersionMAJ)) {
-    std::cerr << "VelmarisMAJ: the version to install is no version number (at most " << kLongueurMaximaleVersion
-              << " letters, digits, '.', '_' and '-')\n";
+    app.NoterRaison("the version to install is no version number: at most " + Str(int64_t{kLongueurMaximaleVersion}) +
+                    " letters, digits, '.', '_' and '-'");
   } else if (!home.starts_with("/")) {
-    std::cerr << "VelmarisMAJ: HOME is not set to an absolute path, so there is no Downloads folder to use\n";
+    app.NoterRaison("HOME is not set to an absolute path, so there is no Downloads folder to use");
   } else {
     RecupererInstallationInterrompue(sh);
     try {
@@ -120,12 +131,13 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.bMAJ = false;
 }
 
-void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, int64_t bytesReceived,
-                                                       int64_t totalBytes, const std::string& newData) {
+void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                                       const std::string& newData) {
   SurveillerTelechargement();
   mOctetsRecus = bytesReceived;
-  // The display is the archive's; its signature's few bytes don't move it.
-  if (mSignatureEnCours) return;
+  // The display is the archive's; its signature's few bytes don't move it,
+  // nor does the page of an error or a redirection, which is no part of it.
+  if (mSignatureEnCours || sender.HTTPStatusCode() >= 300) return;
   if (mEmpreinteArchive) mEmpreinteArchive->Update(newData);
   if (totalBytes < 1) {
     // No length announced: a busy bar, and the amount received so far.
@@ -143,13 +155,16 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
   LabelDownload().Refresh(true);
 }
 
-void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
-                                                        int64_t httpStatus, const Ref<InternetHeaders>& headers,
+void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                                        const Ref<InternetHeaders>& headers,
                                                         const Ref<FolderItem>& file) {
   mSurveillanceTelechargement.SetMode(0);
+  App().Journaliser("download: " + url + ": " + Str(httpStatus) + " " + sender.HTTPReasonPhrase() + ", " +
+                    Str(mOctetsRecus) + " bytes in " +
+                    Format(static_cast<double>(Ticks() - mDebutTelechargement) / 60.0, "0.0") + " s");
   // A page of another status, a body cut short or a write that failed is no
   // archive: the download's failure, before anything is unzipped.
-  const String defaut = DefautTelechargement(httpStatus, headers, mOctetsRecus, file);
+  const String defaut = DefautTelechargement(url, httpStatus, sender.HTTPReasonPhrase(), headers, mOctetsRecus, file);
   if (defaut != "") {
     AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
                              defaut);
@@ -167,10 +182,14 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
         cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
         App().ExtraireNomFichier(App().strURLGlobal), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
     if (echec != "") AbandonnerTelechargement("the signature check failed: " + echec);
+    App().Journaliser("signature: the archive carries a valid signature of the update key");
   }
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
-  if (cle == "") std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
+  if (cle == "") {
+    std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
+    App().Journaliser("signature: no update key is set; the archive is not authenticated");
+  }
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
   App().PatienterSecondes(1);
   TimerInstallation().SetMode(1);
@@ -182,7 +201,7 @@ void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t cod
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
   LabelDownload().FlushEcho();
-  std::cerr << "VelmarisMAJ: " << raison << "\n";
+  App().NoterRaison(raison);
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   RouvrirApplication();
@@ -217,7 +236,9 @@ void FenetreTelechargement::SurveillerTelechargement() {
 }
 
 void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {
+  App().Journaliser("download: GET " + url + " into " + fichier->NativePath());
   mOctetsRecus = 0;
+  mDebutTelechargement = Ticks();
   SurveillerTelechargement();
   Downloader().Get(url, fichier);
 }

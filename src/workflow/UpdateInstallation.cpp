@@ -7,7 +7,6 @@
 // its path.
 #include <cerrno>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 
 #include "base/FolderItem.h"
@@ -174,7 +173,7 @@ bool NormaliserCopie(const Ref<FolderItem>& copie) {
 // was copied, mounted and downloaded goes, and the application is re-opened.
 [[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte,
                                          const String& raison) {
-  std::cerr << "VelmarisMAJ: the installation gave up: " << raison << "\n";
+  App().NoterRaison("the installation gave up: " + raison);
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
   if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
   if (bMonte) sh.Execute(installation.unmount);
@@ -216,6 +215,7 @@ String DefautArchive(const Installation& installation) {
   if (!Permuter(installation)) {
     AbandonnerInstallation(sh, installation, bMonte, "the new application could not take the old one's place");
   }
+  app.Journaliser("installation: the new application stands at " + installation.application->NativePath());
 
   // The new application is in place: what is left is clean-up, whose
   // failures the next run's recovery takes up.
@@ -230,6 +230,8 @@ String DefautArchive(const Installation& installation) {
   sh.Execute(installation.removeDownloads);
   sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
+    app.NoterRaison("the new application at " + installation.application->NativePath() +
+                    " could not be opened (open ended with status " + Str(sh.ErrorCode()) + ")");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
   }
   Quit(0);
@@ -265,11 +267,15 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   const Installation installation;
 
   if (app.ExisteRepertoire(installation.strCheminTelechargement) != 0) {
+    app.NoterRaison("the archive " + installation.strCheminTelechargement + " is gone");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute(installation.openApplication);
     Quit(0);
   }
   if (app.RetournerTailleFichier(installation.strCheminTelechargement) < kTailleMinimaleArchive) {
+    app.NoterRaison("the archive " + installation.strCheminTelechargement + " holds " +
+                    Str(app.RetournerTailleFichier(installation.strCheminTelechargement)) + " bytes, fewer than the " +
+                    Str(kTailleMinimaleArchive) + " of a release");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute(installation.removeDownloads);
     sh.Execute(installation.openApplication);

@@ -215,6 +215,8 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     std::function<void(testing::ToolRun&)> before = [](testing::ToolRun& tool) {
       fs::create_directories(tool.At("/home/Downloads"));
     };
+    std::vector<std::string> log = {};  // in the update log, in order
+    std::function<void(const testing::ToolRun&, const std::string& errors)> after = {};
     std::map<std::string, std::string> variables = {};
     std::set<std::string> users = {};  // the user's files in Downloads, which stay
     int signal = 0;                    // sent once the condition holds
@@ -224,26 +226,62 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   } rows[] = {
       {.name = "success without a key",
        .messages = {installed[0], installed[1], "the archive is not authenticated", installed[2]},
-       .installed = "2.0.0"},
+       .installed = "2.0.0",
+       .log = {"update job: ", "to 2.0.0", "/downloads/files/Velmaris_2.0.0.dmg.zip: 200 OK, ", " bytes in ",
+               "signature: no update key", "command: unzip", "(exit status 0)", "command: ditto",
+               "installation: the new application stands at ", "command: open", "end of the run"}},
+      // Past 1 MiB the log moves aside; a log that can't be written changes nothing.
+      {.name = "a log of 1 MiB",
+       .messages = installed,
+       .installed = "2.0.0",
+       .before =
+           [](testing::ToolRun& run) {
+             fs::create_directories(run.At("/home/.local/state/Velmaris"));
+             testing::WriteFile(run.At("/home/.local/state/Velmaris/VelmarisMAJ.log"), std::string(1 << 20, '.'));
+           },
+       .log = {"started: ", "end of the run"},
+       .after =
+           [](const testing::ToolRun& run, const std::string&) {
+             EXPECT_EQ(testing::ReadFile(run.At("/home/.local/state/Velmaris/VelmarisMAJ.log.1")),
+                       std::string(1 << 20, '.'));
+           }},
+      {.name = "no log can be written",
+       .messages = installed,
+       .installed = "2.0.0",
+       .before =
+           [](testing::ToolRun& run) {
+             fs::create_directories(run.At("/home/.local/state"));
+             testing::WriteFile(run.At("/home/.local/state/Velmaris"), "");
+           }},
       {.name = "signed", .messages = installed, .installed = "2.0.0", .key = key},
       {.name = "signed, then changed",
        .version = "2.1.0",
-       .messages = {"100%", "the signature does not verify", kDownloadFailed},
+       .messages = {"100%", kDownloadFailed, "the signature does not verify"},
        .key = key},
       {.name = "not signed",
        .version = "2.2.0",
-       .messages = {"the signature's download failed: the server answered 404", kDownloadFailed},
+       .messages = {kDownloadFailed, "the signature's download failed: http://127.0.0.1:", ".minisig: 404"},
        .key = key},
       {.name = "signed with another key",
        .version = "2.3.0",
-       .messages = {"the key id does not match the key", kDownloadFailed},
+       .messages = {kDownloadFailed, "the key id does not match the key"},
        .key = key},
       {.name = "an older signed archive under the new name",
        .version = "2.4.0",
-       .messages = {"the trusted comment names another file", kDownloadFailed},
+       .messages = {kDownloadFailed, "the trusted comment names another file"},
        .key = key},
-      {.name = "a 404 page", .version = "9.9.9", .messages = {kDownloadFailed}},
-      {.name = "a 404 page over 10000 bytes", .port = notFound.Port(), .messages = {kDownloadFailed}},
+      {.name = "a 404 page",
+       .version = "9.9.9",
+       .messages = {kDownloadFailed, "Velmaris_9.9.9.dmg.zip: 404 File not found", "Update log: "},
+       .log = {"started: ", "update job: ", "Velmaris.app, version 1, to 9.9.9", "download: GET http://127.0.0.1:",
+               "/downloads/files/Velmaris_9.9.9.dmg.zip: 404 File not found", "failure: the download failed: http://",
+               "dialog: Errors encountered in downloading", "command: open", "(exit status 0)", "end of the run"}},
+      // Not one percentage of the error page shows.
+      {.name = "a 404 page over 10000 bytes",
+       .port = notFound.Port(),
+       .messages = {kDownloadFailed, ": 404 Not Found"},
+       .after = [](const testing::ToolRun&,
+                   const std::string& errors) { EXPECT_EQ(errors.find('%'), std::string::npos); }},
       {.name = "a refused connection", .port = testing::TestServer::RefusingPort(), .messages = {kDownloadFailed}},
       {.name = "an archive cut short", .port = cutShort.Port(), .messages = {kDownloadFailed}},
       {.name = "a corrupt zip", .version = "3.0.0"},
@@ -282,7 +320,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "the disk image a folder", .version = "14.0.0"},
       {.name = "another application's bundle",
        .version = "10.0.0",
-       .messages = {"is not app.velmaris.Velmaris", kInstallFailed}},
+       .messages = {kInstallFailed, "is not app.velmaris.Velmaris"}},
       {.name = "setuid and writable for all", .version = "11.0.0", .messages = {installed[2]}, .installed = "11.0.0"},
       {.name = "a fifo in the bundle", .version = "12.0.0"},
       {.name = "a value cut at \"--\"",
@@ -292,9 +330,9 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .opened = ""},
       {.name = "a version of nearly 128 KiB, the most that an argument may hold",
        .version = std::string(130000, '1'),
-       .messages = {"no version number", kDownloadFailed}},
+       .messages = {kDownloadFailed, "no version number"}},
       {.name = "HOME not absolute",
-       .messages = {"HOME is not set to an absolute path", kDownloadFailed},
+       .messages = {kDownloadFailed, "HOME is not set to an absolute path"},
        .variables = {{"HOME", "home"}}},
       {.name = "the lock's folder a link elsewhere",
        .messages = installed,
@@ -347,11 +385,15 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     EXPECT_EQ(row.signalled, row.signal != 0);
     testing::ToolRun& run = row.run;
     const std::string errors = run.Finish();
-    size_t from = 0;
-    for (const std::string& message : row.messages) {
-      from = errors.find(message, from);
-      EXPECT_NE(from, std::string::npos) << message << " not in\n" << errors;
+    const std::string log = testing::ReadFile(run.At("/home/.local/state/Velmaris/VelmarisMAJ.log"));
+    for (const auto& [expected, in] : {std::pair{&row.messages, &errors}, std::pair{&row.log, &log}}) {
+      size_t from = 0;
+      for (const std::string& line : *expected) {
+        from = in->find(line, from);
+        EXPECT_NE(from, std::string::npos) << line << " not in\n" << *in;
+      }
     }
+    if (row.after) row.after(run, errors);
     const bool failed = std::ranges::any_of(row.messages, [](const std::string& m) { return m.starts_with("Errors"); });
     EXPECT_EQ(errors.find("Errors encountered") != std::string::npos, failed) << errors;
     EXPECT_EQ(errors.find("fresh"), std::string::npos) << errors;
