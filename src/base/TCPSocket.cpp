@@ -31,6 +31,7 @@ namespace velmaris {
 namespace {
 
 constexpr int kTickMilliseconds = 17;  // one sixtieth of a second, rounded up
+constexpr int64_t kTLSReadBufferSize = int64_t{64} * 1024;
 
 // Received data passes through blocks of up to kReadBufferSize, taken and
 // given back at the rate of the network. By default glibc maps the large ones
@@ -131,7 +132,7 @@ struct TCPSocket::Impl {
   };
 
   QTcpSocket plain;
-  // Made at the first TLS connection, so that plain ones never load TLS.
+  // Made for each TLS connection, so that plain ones never load TLS.
   std::unique_ptr<QSslSocket> secure;
   // The one that carries the connection.
   QTcpSocket* socket = &plain;
@@ -437,17 +438,20 @@ void TCPSocket::_StartEncryption(int descriptor) {
     _Fail(ErrorCode(QAbstractSocket::SslInternalError), "TLS is not available here (no TLS library for Qt)");
     return;
   }
-  if (!d->secure) {
-    d->secure = std::make_unique<QSslSocket>();
-    _Attach(*d->secure);
-    d->secure->setReadBufferSize(64 * 1024);
-    QObject::connect(d->secure.get(), &QSslSocket::encrypted, &d->context, [this] {
-      d->pending.connected = true;
-      _Schedule();
-    });
-    QObject::connect(d->secure.get(), &QSslSocket::sslErrors, &d->context,
-                     [this](const QList<QSslError>& errors) { d->refusal = CertificateRefusal(errors, TLSHostName); });
-  }
+  // A TLS socket once encrypted can't start another handshake: each
+  // connection gets a new one.
+  d->socket = &d->plain;
+  d->secure = std::make_unique<QSslSocket>();
+  _Attach(*d->secure);
+  // Encrypted and decrypted bytes are held apart, and read in blocks of
+  // the buffer's size; smaller buffers keep the memory of TLS small.
+  d->secure->setReadBufferSize(kTLSReadBufferSize);
+  QObject::connect(d->secure.get(), &QSslSocket::encrypted, &d->context, [this] {
+    d->pending.connected = true;
+    _Schedule();
+  });
+  QObject::connect(d->secure.get(), &QSslSocket::sslErrors, &d->context,
+                   [this](const QList<QSslError>& errors) { d->refusal = CertificateRefusal(errors, TLSHostName); });
   d->refusal = "";
   d->socket = d->secure.get();
   d->secure->setSslConfiguration(TrustedConfiguration());

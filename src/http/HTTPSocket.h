@@ -48,7 +48,7 @@ class HTTPSocket : public TCPSocket {
   static constexpr int64_t kRedirectLoop = 3;
   static constexpr int64_t kRedirectDowngrade = 4;    // from https to http
   static constexpr int64_t kTunnelRefused = 5;        // CONNECT answered with another status than 2xx or 407
-  static constexpr int64_t kProxyAuthentication = 6;  // CONNECT answered with 407
+  static constexpr int64_t kProxyAuthentication = 6;  // CONNECT answered with 407 (or 401)
 
   HTTPSocket();
 

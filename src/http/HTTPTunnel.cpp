@@ -24,7 +24,8 @@ void HTTPSocket::_ReadTunnelAnswer() {
   }
   Close();
   const String answer = Trim(statusLine.substr(std::min(statusLine.find(' ') + 1, statusLine.size())));
-  if (status == 407) {
+  // A proxy may answer wrong credentials on CONNECT with 401 as well as 407.
+  if (status == 407 || status == 401) {
     _Fail(kProxyAuthentication,
           "the proxy " + _proxy + (_proxyCredentials != "" ? " refused the credentials (" : " asks for credentials (") +
               answer + ")");

@@ -20,11 +20,14 @@ namespace velmaris {
 
 namespace {
 
-// The update server; VELMARIS_UPDATE_HOST (a host, or host:port) overrides
-// the one the tool was built with.
+// The update server with its scheme; VELMARIS_UPDATE_HOST (a host, or
+// host:port, with or without "http://" or "https://" in front) overrides
+// the one the tool was built with. Without a scheme it is plain http.
 String ServeurMiseAJour() {
-  const String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
-  return host != "" ? host : VELMARIS_DEFAULT_UPDATE_HOST;
+  String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
+  if (host == "") host = VELMARIS_DEFAULT_UPDATE_HOST;
+  while (host.ends_with('/')) host.pop_back();
+  return host.find("://") != String::npos ? host : "http://" + host;
 }
 
 // The version goes unquoted into file names and command lines: nothing
@@ -54,6 +57,7 @@ const String kExtensionSignature = ".minisig";
 // a 200 answer, every byte of it written.
 String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& headers, int64_t recus,
                             const Ref<FolderItem>& fichier) {
+  if (httpStatus == 407) return "the proxy asks for credentials (407)";
   if (httpStatus != 200) return "the server answered " + Str(httpStatus) + " instead of 200";
   if (!headers.IsNil() && headers->_HasHeader("Content-Length")) {
     const int64_t annonce = ToInteger(Val(headers->Value("Content-Length")));
@@ -79,7 +83,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.strCheminApp = strRepApp;
   mMiseAJourAnnulable = true;
   app.PatienterSecondes(2);
-  app.strURLGlobal = "http://" + ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
+  app.strURLGlobal = ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
   app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
   LabelTelechargement().SetText(Strings::kLabelTelechargement1() + app.ExtraireNomFichier(app.strURLGlobal) +
                                 Strings::kLabelTelechargement2());
@@ -166,8 +170,9 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   TimerInstallation().SetMode(1);
 }
 
-void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t code) {
-  AbandonnerTelechargement("the download failed: the connection failed (socket error " + Str(code) + ")");
+void FenetreTelechargement::Downloader_Error(HTTPSocket& sender, int64_t code) {
+  AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
+                           sender.ErrorMessage() + " (error " + Str(code) + ")");
 }
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
@@ -206,6 +211,10 @@ void FenetreTelechargement::SurveillerTelechargement() {
 void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {
   mOctetsRecus = 0;
   SurveillerTelechargement();
+  // Hosts answer http with a redirect to https, and company networks reach
+  // them through their proxy.
+  Downloader().FollowRedirects = true;
+  Downloader().UseSystemProxy = true;
   Downloader().Get(url, fichier);
 }
 
