@@ -23,9 +23,9 @@ struct ProxyServer {
 
 // The three settings, as the variables write them.
 struct ProxyVariables {
-  String http;
-  String https;
-  String noProxy;
+  String http = {};
+  String https = {};
+  String noProxy = {};
 };
 
 // The proxy for a URL of that scheme ("http" or "https") to that host (a

@@ -12,7 +12,7 @@ namespace {
 TEST(ProxySettings, TheProxyOfAURL) {
   struct Row {
     const char* name;
-    std::map<String, String> variables;
+    std::map<String, String> variables = {};
     String scheme = "http";
     String host = "h.example.com";
     String proxy = "p 1";  // host, port, user and password; "" for none
