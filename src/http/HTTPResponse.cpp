@@ -32,14 +32,20 @@ bool IsChallenge(int64_t status) { return status == 401 || status == 407; }
 
 }  // namespace
 
-void HTTPSocket::Event_DataAvailable() { _HandleNewData(); }
+void HTTPSocket::Event_DataAvailable() {
+  if (_tunnel != "") {
+    _ReadTunnelAnswer();
+    return;
+  }
+  _HandleNewData();
+}
 
 void HTTPSocket::Event_Error() {
   const bool old = _connectionValid;
   _connectionValid = false;
   if (!old) {
     // The connection never stood: the one way a socket failure becomes an Error.
-    SetError(LastErrorCode());
+    _Fail(LastErrorCode(), LastErrorMessage());
     return;
   }
   if (threadProtection) {
@@ -192,7 +198,7 @@ void HTTPSocket::_ReadResponse() {
     _DoConnect(url, action, file);
     return;
   }
-  if (connects != _connectCount) return;
+  if (connects != _connectCount || _FollowRedirect()) return;
   if (!synchronous && HeadersReceived) {
     const Ref<InternetHeaders> headers = _pageHeaders;
     HeadersReceived(*this, headers, _httpStatusCode);

@@ -13,6 +13,8 @@ void HTTPSocket::ClearRequestHeaders() { requestHeaders->DeleteAllHeaders(); }
 
 int64_t HTTPSocket::ErrorCode() const { return mErrorCode; }
 
+String HTTPSocket::ErrorMessage() const { return mErrorCode == 0 ? "" : _errorMessage; }
+
 void HTTPSocket::Get(const String& url) { Get(url, Ref<FolderItem>()); }
 
 void HTTPSocket::Get(const String& url, const Ref<FolderItem>& file) { SendRequest("GET", url, file); }
@@ -36,7 +38,7 @@ void HTTPSocket::SendRequest(const String& method, const String& url) { SendRequ
 
 void HTTPSocket::SendRequest(const String& method, const String& url, const Ref<FolderItem>& file) {
   synchronous = false;
-  _DoConnect(url, method, file);
+  _StartRequest(url, method, file);
 }
 
 void HTTPSocket::SetRequestHeader(const String& name, const String& value) {
@@ -53,6 +55,11 @@ Ref<InternetHeaders> HTTPSocket::GetRequestHeaders() const { return requestHeade
 void HTTPSocket::SetError(int64_t code) {
   mErrorCode = code;
   if (!synchronous && Error) Error(*this, code);
+}
+
+void HTTPSocket::_Fail(int64_t code, const String& message) {
+  _errorMessage = message;
+  SetError(code);
 }
 
 // Run by the constructor and at the start of every connection. The request's

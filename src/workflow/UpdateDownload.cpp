@@ -22,11 +22,14 @@ namespace velmaris {
 
 namespace {
 
-// The update server; VELMARIS_UPDATE_HOST (a host, or host:port) overrides
-// the one the tool was built with.
+// The update server with its scheme; VELMARIS_UPDATE_HOST (a host, or
+// host:port, with or without "http://" or "https://" in front) overrides
+// the one the tool was built with. Without a scheme it is plain http.
 String ServeurMiseAJour() {
-  const String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
-  return host != "" ? host : VELMARIS_DEFAULT_UPDATE_HOST;
+  String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
+  if (host == "") host = VELMARIS_DEFAULT_UPDATE_HOST;
+  while (host.ends_with('/')) host.pop_back();
+  return host.find("://") != String::npos ? host : "http://" + host;
 }
 
 // The version goes unquoted into file names and command lines: nothing
@@ -59,6 +62,7 @@ const String kExtensionSignature = ".minisig";
 // a 200 answer, every byte of it written.
 String DefautTelechargement(const String& url, int64_t httpStatus, const String& phrase,
                             const Ref<InternetHeaders>& headers, int64_t recus, const Ref<FolderItem>& fichier) {
+  if (httpStatus == 407) return url + ": the proxy asks for credentials (407)";
   if (httpStatus != 200) {
     return url + ": " + (httpStatus == 0 ? "no HTTP answer" : Str(httpStatus)) + (phrase == "" ? "" : " " + phrase);
   }
@@ -91,7 +95,7 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.strCheminApp = strRepApp;
   mMiseAJourAnnulable = true;
   app.PatienterSecondes(2);
-  app.strURLGlobal = "http://" + ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
+  app.strURLGlobal = ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
   app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
   LabelTelechargement().SetText(Strings::kLabelTelechargement1() + app.ExtraireNomFichier(app.strURLGlobal) +
                                 Strings::kLabelTelechargement2());
@@ -195,8 +199,9 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& sender, cons
   TimerInstallation().SetMode(1);
 }
 
-void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t code) {
-  AbandonnerTelechargement("the download failed: the connection failed (socket error " + Str(code) + ")");
+void FenetreTelechargement::Downloader_Error(HTTPSocket& sender, int64_t code) {
+  AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
+                           sender.ErrorMessage() + " (error " + Str(code) + ")");
 }
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
@@ -240,6 +245,10 @@ void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>
   mOctetsRecus = 0;
   mDebutTelechargement = Ticks();
   SurveillerTelechargement();
+  // Hosts answer http with a redirect to https, and company networks reach
+  // them through their proxy.
+  Downloader().FollowRedirects = true;
+  Downloader().UseSystemProxy = true;
   Downloader().Get(url, fichier);
 }
 
