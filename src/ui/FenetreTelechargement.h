@@ -101,7 +101,8 @@ class FenetreTelechargement : public Window {
   bool mInstallationEnCours = false;
   // The body bytes of the download under way, as they arrived.
   int64_t mOctetsRecus = 0;
-  // Its start, in ticks.
+  // Its URL and its start, in ticks.
+  std::string mURLTelechargement;
   int64_t mDebutTelechargement = 0;
   // The archive is in, and its signature is coming.
   bool mSignatureEnCours = false;

@@ -243,6 +243,7 @@ void FenetreTelechargement::SurveillerTelechargement() {
 void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {
   App().Journaliser("download: GET " + url + " into " + fichier->NativePath());
   mOctetsRecus = 0;
+  mURLTelechargement = url;
   mDebutTelechargement = Ticks();
   SurveillerTelechargement();
   // Hosts answer http with a redirect to https, and company networks reach
