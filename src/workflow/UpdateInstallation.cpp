@@ -4,10 +4,12 @@
 // step; then the old copy and everything downloaded go, and the new
 // application is opened. Until that step the installed application is not
 // touched, and at every instant a whole application, old or new, stands at
-// its path.
+// its path. A delta's road builds the new application beside the installed
+// one from the delta instead, and ends in the same step.
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 #include "base/FolderItem.h"
 #include "base/Runtime.h"
@@ -16,6 +18,7 @@
 #include "base/StringFunctions.h"
 #include "base/System.h"
 #include "core/VelmarisMAJ.h"
+#include "delta/DeltaApplier.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Strings.h"
 
@@ -137,6 +140,32 @@ bool Permuter(const Installation& installation) {
   return false;
 }
 
+// The last checks of the new application in the staging folder, whichever
+// road filled it.
+bool CopieEntranteAcceptable(const Installation& installation) {
+  return ApplicationInstallable(installation.copieEntrante);
+}
+
+// Takes the new application that stands in the staging folder through the
+// last checks and puts it in the place of the installed one; then the old
+// copy goes, the road's own clean-up commands run, the new application is
+// opened and the run ends. Returns only when the staging folder was refused
+// or could not take the installed application's place, which is untouched.
+void InstallerCopieEntrante(Shell& sh, const Installation& installation, const std::vector<String>& nettoyage) {
+  if (!CopieEntranteAcceptable(installation) || !Permuter(installation)) return;
+  // The new application is in place: what is left is clean-up, whose
+  // failures the next run's recovery takes up.
+  for (const Ref<FolderItem>& ancienne : {installation.copieSortante, installation.copieEntrante}) {
+    if (ancienne->Exists()) sh.Execute(RemoveFolder(ancienne));
+  }
+  for (const String& commande : nettoyage) sh.Execute(commande);
+  sh.Execute(installation.openApplication);
+  if (sh.ErrorCode() != 0) {
+    App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
+  }
+  Quit(0);
+}
+
 // The installed application has not been touched: the user is told, what
 // was copied, mounted and downloaded goes, and the application is re-opened.
 [[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte) {
@@ -176,6 +205,10 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   mMiseAJourAnnulable = false;
   VelmarisMAJ& app = App();
   Shell sh;
+  if (mDeltaEnCours) {
+    InstallerDelta(sh);
+    return;
+  }
   const Installation installation;
 
   if (app.ExisteRepertoire(installation.strCheminTelechargement) != 0) {
@@ -205,22 +238,30 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   sh.Execute(installation.copyApplication);
   if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte);
   sh.Execute(installation.wait);
-  if (!Permuter(installation)) AbandonnerInstallation(sh, installation, bMonte);
+  InstallerCopieEntrante(
+      sh, installation,
+      {installation.removeResourceFolder, installation.unmount, installation.wait, installation.removeDownloads});
+  AbandonnerInstallation(sh, installation, bMonte);
+}
 
-  // The new application is in place: what is left is clean-up, whose
-  // failures the next run's recovery takes up.
-  for (const Ref<FolderItem>& ancienne : {installation.copieSortante, installation.copieEntrante}) {
-    if (ancienne->Exists()) sh.Execute(RemoveFolder(ancienne));
+void FenetreTelechargement::InstallerDelta(Shell& sh) {
+  const Installation installation;
+  const String delta = App().ExtraireNomFichier(mURLDelta);
+  String defaut = "the installed application can't be replaced";
+  // As on the archive's road, a staging folder or an old copy left in the
+  // way stops it.
+  if (installation.application->Directory() && ApplicationRemplacable(App().strCheminApp, installation.application) &&
+      !installation.copieSortante->Exists()) {
+    defaut =
+        ApplyDelta(System::EnvironmentVariable("HOME") + "/Downloads/" + delta, App().strCheminApp,
+                   installation.copieEntrante->NativePath(), mVersionInstallee, App().RetournerValeurArgument("MAJ"));
   }
-  sh.Execute(installation.removeResourceFolder);
-  sh.Execute(installation.unmount);
-  sh.Execute(installation.wait);
-  sh.Execute(installation.removeDownloads);
-  sh.Execute(installation.openApplication);
-  if (sh.ErrorCode() != 0) {
-    app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
+  if (defaut == "") {
+    InstallerCopieEntrante(sh, installation, {"rm ~/Downloads/" + delta + " ~/Downloads/" + delta + ".minisig"});
+    defaut = "the new application was refused or could not take the installed one's place";
   }
-  Quit(0);
+  if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
+  RenoncerDelta(defaut);
 }
 
 }  // namespace velmaris
