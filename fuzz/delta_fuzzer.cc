@@ -54,11 +54,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::string frame;
     Check(reader.Frame(i, frame) == "", "every frame of a delta read can be read");
     uint64_t handed = 0;
-    const std::string defect = DecodePayload(frame, entry.source == EntrySource::Patch ? Reference() : "", entry.size,
-                                             [&handed](std::string_view piece) {
-                                               handed += piece.size();
-                                               return std::string();
-                                             });
+    const std::string defect = DecodeFrame(frame, entry.source == EntrySource::Patch ? Reference() : "", entry.size,
+                                           [&handed](std::string_view piece) {
+                                             handed += piece.size();
+                                             return std::string();
+                                           });
     Check(handed <= entry.size, "a frame hands out no more than its file's size");
     Check(defect != "" || handed == entry.size, "a frame decoded whole gives its file's size");
   }

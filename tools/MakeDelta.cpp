@@ -31,7 +31,10 @@ int Fail(const std::string& why) {
 
 int main(int argc, char** argv) {
   if (argc != 5) return Fail("usage: velmaris_delta OLD.app NEW.app VERSION FOLDER");
-  const std::string oldBundle = argv[1], newBundle = argv[2], to = argv[3], folder = argv[4];
+  const std::string oldBundle = argv[1];
+  const std::string newBundle = argv[2];
+  const std::string to = argv[3];
+  const std::string folder = argv[4];
   const std::string from = velmaris::InfoPlistValue(oldBundle, "CFBundleShortVersionString");
   if (!PlainVersion(from)) {
     return Fail(oldBundle + "/Contents/Info.plist names no version of letters, digits, '.', '_' and '-'");

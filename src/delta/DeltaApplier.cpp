@@ -103,14 +103,15 @@ std::string MakeFile(const DeltaReader& reader, size_t index, int installed, int
     if (from.Valid()) file = CreateCopy(from.Get(), folder, name, entry.size);
     if (!file.Valid()) return Failure(Quoted(entry.path) + " can't be copied");
   } else {
-    std::string frame, reference;
+    std::string frame;
+    std::string reference;
     if (std::string defect = reader.Frame(index, frame); defect != "") return defect;
     if (base != nullptr && !ReadBeneath(installed, base->path, reference)) {
       return Failure("the installed " + Quoted(base->path) + " can't be read");
     }
     file = FileDescriptor(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file.Valid()) return Failure(Quoted(entry.path) + " can't be made");
-    const std::string defect = DecodePayload(frame, reference, entry.size, [&](std::string_view piece) {
+    const std::string defect = DecodeFrame(frame, reference, entry.size, [&](std::string_view piece) {
       return WriteAll(file.Get(), piece) ? "" : Failure("writing " + Quoted(entry.path) + " failed");
     });
     if (defect != "") return Quoted(entry.path) + ": " + defect;
@@ -147,12 +148,14 @@ std::string MakeEntry(const DeltaReader& reader, size_t index, int installed, in
 }
 
 std::string SetFolderModes(int staging, const DeltaManifest& manifest) {
-  for (auto entry = manifest.entries.rbegin(); entry != manifest.entries.rend(); ++entry) {
-    if (entry->kind != EntryKind::Folder) continue;
+  // The deepest first, so that a folder's own mode never stands in the way.
+  for (size_t i = manifest.entries.size(); i-- > 0;) {
+    const DeltaEntry& entry = manifest.entries[i];
+    if (entry.kind != EntryKind::Folder) continue;
     const FileDescriptor folder =
-        entry->path == "" ? FileDescriptor(::dup(staging)) : OpenBeneath(staging, entry->path, O_RDONLY | O_DIRECTORY);
-    if (!folder.Valid() || ::fchmod(folder.Get(), static_cast<mode_t>(entry->mode)) != 0) {
-      return Failure(Quoted(entry->path) + " can't be set");
+        entry.path == "" ? FileDescriptor(::dup(staging)) : OpenBeneath(staging, entry.path, O_RDONLY | O_DIRECTORY);
+    if (!folder.Valid() || ::fchmod(folder.Get(), static_cast<mode_t>(entry.mode)) != 0) {
+      return Failure(Quoted(entry.path) + " can't be set");
     }
   }
   return "";

@@ -32,7 +32,8 @@ std::string WriteDelta(const std::string& oldBundle, const std::string& newBundl
   if (std::string defect = ListTree(newFolder.Get(), manifest.entries); defect != "")
     return "the new bundle: " + defect;
 
-  std::map<std::string, const DeltaEntry*> oldByPath, oldByHash;
+  std::map<std::string, const DeltaEntry*> oldByPath;
+  std::map<std::string, const DeltaEntry*> oldByHash;
   for (const DeltaEntry& old : oldEntries) {
     if (old.kind != EntryKind::File) continue;
     oldByPath[old.path] = &old;
@@ -50,14 +51,15 @@ std::string WriteDelta(const std::string& oldBundle, const std::string& newBundl
       entry.base = BaseOf(unchanged ? *samePath->second : *sameHash->second, manifest, bases);
       continue;
     }
-    std::string content, reference;
+    std::string content;
+    std::string reference;
     if (!ReadBeneath(newFolder.Get(), entry.path, content))
       return "the new bundle: \"" + entry.path + "\" can't be read";
-    std::string frame = CompressPayload(content, "");
+    std::string frame = CompressFrame(content, "");
     if (samePath != oldByPath.end()) {
       if (!ReadBeneath(oldFolder.Get(), entry.path, reference))
         return "the old bundle: \"" + entry.path + "\" can't be read";
-      std::string patch = CompressPayload(content, reference);
+      std::string patch = CompressFrame(content, reference);
       if (patch != "" && patch.size() < frame.size()) {
         frame = std::move(patch);
         entry.source = EntrySource::Patch;

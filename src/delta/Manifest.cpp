@@ -1,5 +1,6 @@
 #include "delta/Manifest.h"
 
+#include <algorithm>
 #include <set>
 
 namespace velmaris {
@@ -28,11 +29,7 @@ bool PlainName(std::string_view name) {
 
 // A relative path of plain names: no "", ".", ".." or absolute path.
 bool PlainPath(std::string_view path) {
-  if (path.empty() || path.size() > kPathLimit) return false;
-  for (const std::string_view name : Components(path)) {
-    if (!PlainName(name)) return false;
-  }
-  return true;
+  return !path.empty() && path.size() <= kPathLimit && std::ranges::all_of(Components(path), PlainName);
 }
 
 std::string_view Parent(std::string_view path) {
@@ -64,7 +61,8 @@ std::string Quoted(std::string_view path) { return "\"" + std::string(path) + "\
 
 std::string CheckEntry(const DeltaEntry& entry, const DeltaManifest& manifest) {
   if ((entry.mode & ~kAllowedModes) != 0) return Quoted(entry.path) + " has a mode that is not allowed";
-  const bool needsBase = entry.source != EntrySource::Whole, needsPayload = entry.source != EntrySource::Copy;
+  const bool needsBase = entry.source != EntrySource::Whole;
+  const bool needsFrame = entry.source != EntrySource::Copy;
   switch (entry.kind) {
     case EntryKind::Folder:
       if ((entry.mode & 0700) != 0700) return "the folder " + Quoted(entry.path) + " is closed to its owner";
@@ -76,7 +74,7 @@ std::string CheckEntry(const DeltaEntry& entry, const DeltaManifest& manifest) {
       if ((entry.mode & 0400) == 0) return "the file " + Quoted(entry.path) + " is not readable by its owner";
       if (entry.hash.size() != kHashBytes) return "the file " + Quoted(entry.path) + " has no hash";
       if (needsBase && entry.base >= manifest.bases.size()) return Quoted(entry.path) + " refers to no old file";
-      if (needsPayload != (entry.frameSize > 0)) return Quoted(entry.path) + " has no payload of its source";
+      if (needsFrame != (entry.frameSize > 0)) return Quoted(entry.path) + " has no frame, or one it should not have";
       if (entry.source == EntrySource::Copy && manifest.bases[entry.base].hash != entry.hash) {
         return Quoted(entry.path) + " is a copy of a file with another hash";
       }
@@ -163,7 +161,7 @@ std::string CheckManifest(const DeltaManifest& manifest) {
       if (!PathBefore(manifest.entries[i - 1].path, entry.path)) return Quoted(entry.path) + " is out of order";
       if (!folders.contains(Parent(entry.path))) return Quoted(entry.path) + " is not in a folder of the bundle";
     }
-    if (const std::string defect = CheckEntry(entry, manifest); defect != "") return defect;
+    if (std::string defect = CheckEntry(entry, manifest); defect != "") return defect;
     if (entry.kind == EntryKind::Folder) folders.insert(entry.path);
   }
   return "";

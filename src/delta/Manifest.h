@@ -54,7 +54,7 @@ bool PathBefore(std::string_view a, std::string_view b);
 // "" when every path is a plain relative path inside the bundle, in
 // manifest order, each under a folder entry; every mode allowed (folders
 // open to their owner, files readable by it); every link inside the bundle;
-// every base and payload where its source needs one. Otherwise why not.
+// an old file and a frame wherever the source needs one. Otherwise why not.
 std::string CheckManifest(const DeltaManifest& manifest);
 
 std::string EncodeManifest(const DeltaManifest& manifest);

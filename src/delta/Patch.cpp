@@ -23,7 +23,7 @@ int WindowLog(uint64_t bytes) {
 
 }  // namespace
 
-std::string CompressPayload(std::string_view content, std::string_view reference) {
+std::string CompressFrame(std::string_view content, std::string_view reference) {
   const std::unique_ptr<ZSTD_CCtx, decltype(&ZSTD_freeCCtx)> context(ZSTD_createCCtx(), ZSTD_freeCCtx);
   ZSTD_CCtx_setParameter(context.get(), ZSTD_c_compressionLevel, kLevel);
   ZSTD_CCtx_setParameter(context.get(), ZSTD_c_windowLog, WindowLog(reference.size() + content.size()));
@@ -38,8 +38,8 @@ std::string CompressPayload(std::string_view content, std::string_view reference
   return frame;
 }
 
-std::string DecodePayload(std::string_view frame, std::string_view reference, uint64_t size,
-                          const std::function<std::string(std::string_view piece)>& write) {
+std::string DecodeFrame(std::string_view frame, std::string_view reference, uint64_t size,
+                        const std::function<std::string(std::string_view piece)>& write) {
   const std::unique_ptr<ZSTD_DCtx, decltype(&ZSTD_freeDCtx)> context(ZSTD_createDCtx(), ZSTD_freeDCtx);
   ZSTD_DCtx_setParameter(context.get(), ZSTD_d_windowLogMax, WindowLog(reference.size() + size));
   if (!reference.empty()) ZSTD_DCtx_refPrefix(context.get(), reference.data(), reference.size());

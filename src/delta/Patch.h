@@ -13,13 +13,13 @@ namespace velmaris {
 
 // The frame of the content, against the reference when there is one (not
 // ""); "" when zstd fails.
-std::string CompressPayload(std::string_view content, std::string_view reference);
+std::string CompressFrame(std::string_view content, std::string_view reference);
 
 // Decodes the frame against the reference, handing the content to write in
 // pieces, and stops as soon as it would pass size bytes. "" when the frame
 // is one whole zstd frame of exactly size bytes and every write gave "";
 // otherwise why not (a write's own reason included).
-std::string DecodePayload(std::string_view frame, std::string_view reference, uint64_t size,
-                          const std::function<std::string(std::string_view piece)>& write);
+std::string DecodeFrame(std::string_view frame, std::string_view reference, uint64_t size,
+                        const std::function<std::string(std::string_view piece)>& write);
 
 }  // namespace velmaris

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <ranges>
 
 #include "base/Shell.h"
 #include "delta/DeltaFile.h"
@@ -271,7 +270,7 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
   testing::MakeApplication(fresh, "11");
   // The last file that the delta carries, the one the hostile rows turn against the tool.
   const auto carried = [](DeltaManifest& manifest) {
-    return std::ranges::find_if(manifest.entries | std::views::reverse, [](auto& e) { return e.frameSize > 0; });
+    return std::find_if(manifest.entries.rbegin(), manifest.entries.rend(), [](auto& e) { return e.frameSize > 0; });
   };
   using Hostile = std::function<void(DeltaManifest&, std::vector<std::string>&, const testing::ToolRun&)>;
   struct Row {
