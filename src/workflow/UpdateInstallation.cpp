@@ -194,8 +194,13 @@ void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
   if (installation.volume->Exists()) sh.Execute(installation.unmount);
   const String telechargements = System::EnvironmentVariable("HOME") + "/Downloads/";
   if (Dossier(telechargements + "__MACOSX")->Exists()) sh.Execute(installation.removeResourceFolder);
-  for (const String& fichier :
-       {installation.strFichierZip, installation.strFichierDMG, installation.strFichierZip + ".minisig"}) {
+  std::vector<String> fichiers = {installation.strFichierZip, installation.strFichierDMG,
+                                  installation.strFichierZip + ".minisig"};
+  if (mURLDelta != "") {
+    fichiers.push_back(App().ExtraireNomFichier(mURLDelta));
+    fichiers.push_back(App().ExtraireNomFichier(mURLDelta) + ".minisig");
+  }
+  for (const String& fichier : fichiers) {
     const auto reste = Dossier(telechargements + fichier);
     if (reste->Exists() && !reste->Directory()) reste->Delete();
   }

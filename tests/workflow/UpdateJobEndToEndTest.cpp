@@ -299,7 +299,7 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
            [&](auto& manifest, auto&, auto&) {
              carried(manifest)->path = "Contents/out/escaped";
              manifest.entries.insert(carried(manifest).base() - 1,
-                                     {.path = "Contents/out", .kind = EntryKind::Link, .target = "../../.."});
+                                     {.path = "Contents/out", .kind = EntryKind::Link, .target = "../.."});
            }},
       {.name = "a patch that expands without end",
        .installed = "10d",
