@@ -9,7 +9,8 @@ namespace velmaris {
 
 class InstanceLock {
  public:
-  // Tries to take the lock on the name; Held tells whether it was taken.
+  // Tries to take the lock on the name, which must make a file name; Held
+  // tells whether it was taken.
   explicit InstanceLock(const std::string& name);
   ~InstanceLock();
   InstanceLock(const InstanceLock&) = delete;

@@ -65,6 +65,23 @@ int64_t Len(const String& s) {
   return count;
 }
 
+bool IsValidUTF8(const String& s) {
+  for (size_t i = 0; i < s.size();) {
+    const size_t width = CharWidth(s, i);
+    const auto lead = static_cast<unsigned char>(s[i]);
+    if (width == 1 && lead >= 0x80) return false;
+    if (width > 1) {
+      // The code point, checked against the shortest form and the ranges that are no characters.
+      uint32_t code = lead & (0x7Fu >> width);
+      for (size_t k = 1; k < width; ++k) code = (code << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3Fu);
+      constexpr uint32_t kShortest[] = {0, 0, 0x80, 0x800, 0x10000};
+      if (code < kShortest[width] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
+    }
+    i += width;
+  }
+  return true;
+}
+
 int64_t LenB(const String& s) { return static_cast<int64_t>(s.size()); }
 
 String Mid(const String& s, int64_t start) {

@@ -15,6 +15,9 @@ using String = std::string;
 // Characters and bytes.
 int64_t Len(const String& s);
 int64_t LenB(const String& s);
+// True when every byte belongs to a well-formed UTF-8 character: no stray
+// byte, no overlong form, no surrogate, nothing above U+10FFFF.
+bool IsValidUTF8(const String& s);
 
 // Parts of a string; out-of-range positions and lengths give "" or the nearest part.
 String Mid(const String& s, int64_t start);

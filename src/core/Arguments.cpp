@@ -1,5 +1,6 @@
 // Launch arguments: "--KEY:value" pieces of the one command-line string,
 // parsed afresh at every question.
+#include <algorithm>
 #include <vector>
 
 #include "base/Clock.h"
@@ -8,6 +9,13 @@
 #include "core/VelmarisMAJ.h"
 
 namespace velmaris {
+
+namespace {
+
+// The keys that the main application passes.
+constexpr const char* kCles[] = {"REPAPP", "SAUVEDB", "MAJ"};
+
+}  // namespace
 
 std::string VelmarisMAJ::RetournerValeurArgument(const std::string& key) {
   const std::vector<String> pieces = Split(System::CommandLine(), "--");
@@ -28,16 +36,27 @@ std::string VelmarisMAJ::RetournerCheminApplication() {
   return chemin;
 }
 
+// The text behind the last "/", which in UTF-8 is never part of another
+// character: found from the end in one pass, whatever the length.
 std::string VelmarisMAJ::ExtraireNomFichier(const std::string& path) {
-  int64_t count = 0;
-  for (int64_t position = Len(path); position >= 1; --position) {
-    if (Mid(path, position, 1) == "/") {
-      count = Len(path) - position;
-      break;
-    }
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(slash + 1);
+}
+
+bool VelmarisMAJ::LigneDeCommandeSure() {
+  const std::string ligne = System::CommandLine();
+  if (!IsValidUTF8(ligne)) return false;
+  // The pieces before the first key belong to the program's own path, which
+  // may hold "--" too.
+  bool bCleVue = false;
+  for (const String& piece : Split(ligne, "--")) {
+    const bool bCle = std::ranges::any_of(
+        kCles, [&](const char* key) { return TextEquals(Left(piece, Len(key) + 1), String(key) + ":"); });
+    if (bCleVue && !bCle) return false;
+    bCleVue = bCleVue || bCle;
     RuntimeBackgroundTask();
   }
-  return Right(path, count);
+  return true;
 }
 
 std::string VelmarisMAJ::RecupererValeurParametre(const std::string& text, const std::string& key) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/EndSignals.h"
 #include "base/Runtime.h"
 #include "base/System.h"
 #include "base/Translations.h"
@@ -56,7 +57,12 @@ void RuntimeInit(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
 }
 
-void RuntimePerformInitializers() { InstallUserTranslation(); }
+// A logout, Ctrl+C or a closed terminal ends the run as File ▸ Quit does,
+// so that the application closed for the job is opened again.
+void RuntimePerformInitializers() {
+  InstallUserTranslation();
+  CatchEndSignals(FileQuit_Action);
+}
 
 void _RuntimeSetExceptionHelper() {}
 

@@ -37,6 +37,10 @@ class VelmarisMAJ : public Application {
   std::string ExtraireNomFichier(const std::string& path);
   std::string RecupererValeurParametre(const std::string& text, const std::string& key);
   std::string RetournerDernierMot(const std::string& text);
+  // False when the command line is not UTF-8, or when a piece behind the
+  // first key begins with no known key: a value held "--" and was cut there,
+  // so that what was read of it may name another file.
+  bool LigneDeCommandeSure();
 
   // File helpers (FileHelpers.cpp); each has its own result codes.
   // 0 when the path exists (file or folder), 1 when not, -1 on a bad path.
@@ -64,6 +68,10 @@ class VelmarisMAJ : public Application {
   // One run at a time per application: takes the lock on strCheminApp for
   // the rest of the run; false when another run holds it (Dispatcher.cpp).
   bool VerrouillerApplication();
+  // 16 hexadecimal digits that name the application at strCheminApp, the
+  // same for every spelling of its path: the name of its lock and of the
+  // tool's own folder in Downloads.
+  std::string CleApplication();
 
  private:
   std::shared_ptr<InstanceLock> mVerrouApplication;

@@ -62,9 +62,11 @@ class FenetreTelechargement : public Window {
   void RecupererInstallationInterrompue(Shell& sh);
   void TimerInstallation_Action(Timer& sender);
   void Event_Open();
-  // The user ends the tool: File ▸ Quit, its shortcut, or the window closed
-  // by the window manager. An update that has not begun to install is called
-  // off first: what it downloaded goes and the main application is re-opened.
+  // The user or the system ends the tool: File ▸ Quit, its shortcut, the
+  // window closed by the window manager, or SIGTERM, SIGINT and SIGHUP. An
+  // update that has not begun to install is called off first: what it
+  // downloaded goes and the main application is re-opened. An installation
+  // under way is left to end by itself.
   void FermetureDemandee();
 
  private:
@@ -107,6 +109,9 @@ class FenetreTelechargement : public Window {
   // From the start of the update branch until the installation begins: the
   // installed application is untouched, and a Quit calls the update off.
   bool mMiseAJourAnnulable = false;
+  // From the start of the installation to the end of the run: a Quit waits
+  // for its end.
+  bool mInstallationEnCours = false;
   // The body bytes of the download under way, as they arrived.
   int64_t mOctetsRecus = 0;
   // The archive or the delta is in, and its signature is coming.

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <algorithm>
 #include <memory>
 
 #include "base/Runtime.h"
@@ -32,13 +33,7 @@ void MainMenuBar::Untitled0() {
   fileMenu->setObjectName(QStringLiteral("FileMenu"));
   QAction* fileQuit = AddItem(fileMenu, "FileQuit", "&Quit", "Ctrl+Q");
   fileQuit->setMenuRole(QAction::QuitRole);
-  // Each window hears of the end first, as when the window manager closes it.
-  connect(fileQuit, &QAction::triggered, this, [] {
-    _CallFunctionWithExceptionHandling([] {
-      QApplication::closeAllWindows();
-      Quit(0);
-    });
-  });
+  connect(fileQuit, &QAction::triggered, this, [] { _CallFunctionWithExceptionHandling(FileQuit_Action); });
 }
 
 void MainMenuBar::Untitled1() {
@@ -52,6 +47,15 @@ void MainMenuBar::Untitled1() {
   AddItem(editMenu, "EditClear", "&Delete", nullptr);
   AddSeparator(editMenu, "EditSeparator2");
   AddItem(editMenu, "EditSelectAll", "Select &All", "Ctrl+A");
+}
+
+void FileQuit_Action() {
+  QApplication::closeAllWindows();
+  const QWidgetList windows = QApplication::topLevelWidgets();
+  const bool stays = std::ranges::any_of(
+      windows, [](const QWidget* window) { return window->isVisible() && window->windowType() == Qt::Window; });
+  if (!RunIsEnding() && stays) return;
+  Quit(0);
 }
 
 namespace {

@@ -16,6 +16,11 @@ class MainMenuBar : public QMenuBar {
   void Untitled1();
 };
 
+// File ▸ Quit: each window hears of the end first, as when the window
+// manager closes it, and the run ends, unless a window stays open because
+// what it does can't be stopped half-way; that run ends by itself.
+void FileQuit_Action();
+
 // The one instance, made at the first call and kept until released at the
 // end of the run.
 MainMenuBar* GetMainMenuBar();

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/Crypto.h"
 #include "base/InstanceLock.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
@@ -64,11 +65,22 @@ void RestaurerBase(Window& fenetre, Shell& sh) {
 
 }  // namespace
 
-bool VelmarisMAJ::VerrouillerApplication() {
-  // Every spelling of the path names one lock: links and "..", resolved.
+std::string VelmarisMAJ::CleApplication() {
+  // Every spelling of the path names one application: links and "..", resolved.
   std::error_code erreur;
   const std::filesystem::path chemin = std::filesystem::weakly_canonical(strCheminApp, erreur);
-  mVerrouApplication = std::make_shared<InstanceLock>(erreur ? strCheminApp : chemin.string());
+  const String empreinte = MD5(erreur ? strCheminApp : chemin.string());
+  constexpr const char* kChiffres = "0123456789abcdef";
+  std::string cle;
+  for (const char octet : empreinte.substr(0, 8)) {
+    cle += kChiffres[static_cast<unsigned char>(octet) >> 4];
+    cle += kChiffres[static_cast<unsigned char>(octet) & 15];
+  }
+  return cle;
+}
+
+bool VelmarisMAJ::VerrouillerApplication() {
+  mVerrouApplication = std::make_shared<InstanceLock>(CleApplication());
   return mVerrouApplication->Held();
 }
 

@@ -1,5 +1,7 @@
 // Opening of the window: placement on the mouse's screen, the labels, and
 // the choice of the job, which the dispatcher then carries out.
+#include <climits>
+
 #include "base/AppleEvent.h"
 #include "base/Screens.h"
 #include "base/StringFunctions.h"
@@ -14,14 +16,16 @@ namespace {
 
 // Every command line of the tool puts the application's path between double
 // quotes and escapes nothing: a path that the shell would still read into,
-// or that is not absolute, selects no job, so that no command runs with it.
+// that is not absolute, or that no system call would take, selects no job,
+// so that no command runs with it.
 bool CheminSurEntreGuillemets(const std::string& chemin) {
-  return Left(chemin, 1) == "/" && chemin.find_first_of("\"$`\\\r\n") == std::string::npos;
+  return Left(chemin, 1) == "/" && chemin.size() < PATH_MAX && chemin.find_first_of("\"$`\\\r\n") == std::string::npos;
 }
 
+// A cut value may name another application, or another file: then no job at all.
 bool RepAppDonne() {
   const std::string strRepApp = App().RetournerValeurArgument("REPAPP");
-  return strRepApp != "" && CheminSurEntreGuillemets(strRepApp);
+  return strRepApp != "" && CheminSurEntreGuillemets(strRepApp) && App().LigneDeCommandeSure();
 }
 
 }  // namespace

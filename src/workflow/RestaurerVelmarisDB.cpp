@@ -1,13 +1,21 @@
 // The database job: a backup takes the place of the main application's
 // database, or, with "_INIT" in the value, the database is only removed.
 // A restore that can't complete never loses the live database: the backup is
-// copied beside it first, the live files are set aside rather than deleted,
-// and they are put back if the copy can't take their place.
+// copied beside it and checked first, the live files are set aside rather
+// than deleted, and they are put back if the copy can't take their place.
+// Once replaced or removed, they stay as a dated copy, since a wrong backup,
+// or a marker found by chance in a backup's name, is still the user's loss.
+#include <algorithm>
 #include <array>
+#include <ctime>
+#include <filesystem>
+#include <functional>
+#include <iostream>
 #include <utility>
 #include <vector>
 
 #include "base/FolderItem.h"
+#include "base/SQLiteFile.h"
 #include "base/StringFunctions.h"
 #include "core/VelmarisMAJ.h"
 
@@ -15,13 +23,50 @@ namespace velmaris {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 // The database and SQLite's side files, which go with it: a stale journal
 // beside another database corrupts that database.
 constexpr std::array<const char*, 4> kFichiersBase = {"", "-wal", "-shm", "-journal"};
 constexpr const char* kSuffixeCopie = ".VelmarisMAJ-new";
 constexpr const char* kSuffixeMisDeCote = ".VelmarisMAJ-old";
+// The live database that a restore or a removal replaces stays in the data
+// folder under a dated name, its side files with it; the newest ones are kept.
+constexpr const char* kPrefixeCopieDatee = "Velmaris-";
+constexpr size_t kCopiesDateesGardees = 3;
+// How long a main application that still writes to its database is given.
+constexpr int64_t kSecondesEcritureMaximum = 10;
 
 Ref<FolderItem> Fichier(const std::string& chemin) { return New<FolderItem>(chemin, FolderItem::PathModes::Shell); }
+
+// "<data>/Velmaris-2026-11-24_143005.sqlite": sorted by name, sorted by date.
+std::string CheminCopieDatee(const std::string& strCheminBase) {
+  const std::time_t maintenant = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&maintenant, &local);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%d_%H%M%S", &local);
+  const std::string dossier = fs::path(strCheminBase).parent_path().string() + "/";
+  std::string chemin = dossier + kPrefixeCopieDatee + date + ".sqlite";
+  for (int n = 2; fs::exists(fs::symlink_status(chemin)); ++n) {
+    chemin = dossier + kPrefixeCopieDatee + date + "-" + std::to_string(n) + ".sqlite";
+  }
+  return chemin;
+}
+
+// Only the newest dated copies stay, each with its side files.
+void ElaguerCopiesDatees(const std::string& strCheminBase) {
+  std::vector<std::string> copies;
+  std::error_code erreur;
+  for (const auto& entree : fs::directory_iterator(fs::path(strCheminBase).parent_path(), erreur)) {
+    const std::string nom = entree.path().filename().string();
+    if (nom.starts_with(kPrefixeCopieDatee) && nom.ends_with(".sqlite")) copies.push_back(entree.path().string());
+  }
+  std::ranges::sort(copies, std::greater<>());
+  for (size_t i = kCopiesDateesGardees; i < copies.size(); ++i) {
+    for (const char* suffixe : kFichiersBase) fs::remove(copies[i] + suffixe, erreur);
+  }
+}
 
 // Undoes a replacement that hasn't been validated, on every way out, a Quit
 // during the wait included: the copy goes and the live files come back.
@@ -46,10 +91,15 @@ class RetourArriere {
     return true;
   }
 
-  // The copy has taken the place: the old files go for good.
-  void Valider() {
+  // The copy has taken the place: the old files become the dated copy.
+  void Valider(const std::string& strCheminBase) {
     mValide = true;
-    for (auto& [fichier, deCote] : mMisDeCote) deCote->Delete();
+    if (mMisDeCote.empty()) return;
+    const std::string datee = CheminCopieDatee(strCheminBase);
+    for (auto& [fichier, deCote] : mMisDeCote) {
+      deCote->MoveFileTo(Fichier(datee + fichier->NativePath().substr(strCheminBase.size())));
+    }
+    ElaguerCopiesDatees(strCheminBase);
   }
 
  private:
@@ -83,27 +133,44 @@ bool VelmarisMAJ::RestaurerVelmarisDB(const std::string& sauvegarde) {
   try {
     const std::string strCheminBase = strCheminData + "/Velmaris.sqlite";
     RecupererMisDeCote(strCheminBase);
-
-    if (InStr(sauvegarde, "_INIT") > 0) {
-      for (const char* suffixe : kFichiersBase) {
-        if (Fichier(strCheminBase + suffixe)->Exists() && SupprimerFichier(strCheminBase + suffixe) != 0) return false;
-      }
-      PatienterSecondes(1);
-      return true;
-    }
-
     const auto base = Fichier(strCheminBase);
     const auto copie = Fichier(strCheminBase + kSuffixeCopie);
     RetourArriere retour(copie);
-    // A backup that is missing or unreadable fails here, before anything has gone.
-    if (!CopierFichier(Fichier(strCheminData + "/" + sauvegarde), copie)) return false;
+
+    const bool bInit = InStr(sauvegarde, "_INIT") > 0;
+    if (!bInit) {
+      // A backup that is missing, unreadable or no whole database fails
+      // here, before anything has gone.
+      const std::string strCheminSauvegarde = strCheminData + "/" + sauvegarde;
+      if (!CopierFichier(Fichier(strCheminSauvegarde), copie)) {
+        std::cerr << "VelmarisMAJ: the backup " << strCheminSauvegarde << " can't be read; the live database is kept\n";
+        return false;
+      }
+      const String defaut = SQLiteDatabaseDefect(copie->NativePath());
+      if (defaut != "") {
+        std::cerr << "VelmarisMAJ: the backup " << strCheminSauvegarde << " is no whole SQLite database (" << defaut
+                  << "); the live database is kept\n";
+        return false;
+      }
+    }
+    // The main application may still be ending: its last write goes in first.
+    for (int64_t seconde = 0; SQLiteWriteInProgress(strCheminBase); ++seconde) {
+      if (seconde == kSecondesEcritureMaximum) {
+        std::cerr << "VelmarisMAJ: " << strCheminBase << " is still being written to after " << kSecondesEcritureMaximum
+                  << " s; it is kept\n";
+        return false;
+      }
+      PatienterSecondes(1);
+    }
     for (const char* suffixe : kFichiersBase) {
       if (!retour.MettreDeCote(Fichier(strCheminBase + suffixe))) return false;
     }
     PatienterSecondes(1);
-    copie->MoveFileTo(base);
-    if (copie->LastErrorCode() != 0) return false;
-    retour.Valider();
+    if (!bInit) {
+      copie->MoveFileTo(base);
+      if (copie->LastErrorCode() != 0) return false;
+    }
+    retour.Valider(strCheminBase);
     return true;
   } catch (const IOException&) {
     return false;

@@ -32,12 +32,15 @@ String ServeurMiseAJour() {
 }
 
 // The version goes unquoted into file names and command lines: nothing
-// but letters, digits, ".", "_" and "-" may come through.
+// but letters, digits, ".", "_" and "-" may come through, and no more of
+// them than a version number needs.
+constexpr size_t kLongueurMaximaleVersion = 64;
+
 bool VersionSure(const String& version) {
-  return std::ranges::all_of(version, [](char c) {
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' ||
-           c == '-';
-  });
+  return version.size() <= kLongueurMaximaleVersion && std::ranges::all_of(version, [](char c) {
+           return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '.' || c == '_' ||
+                  c == '-';
+         });
 }
 
 // A download that receives nothing for this long is given up. Tests make it
@@ -98,7 +101,14 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.PatienterSecondes(1);
 
   bool bTelechargementLance = false;
-  if (VersionSure(strVersionMAJ)) {
+  // The archive goes to $HOME/Downloads, and the commands find it through "~".
+  const String home = System::EnvironmentVariable("HOME");
+  if (!VersionSure(strVersionMAJ)) {
+    std::cerr << "VelmarisMAJ: the version to install is no version number (at most " << kLongueurMaximaleVersion
+              << " letters, digits, '.', '_' and '-')\n";
+  } else if (!home.starts_with("/")) {
+    std::cerr << "VelmarisMAJ: HOME is not set to an absolute path, so there is no Downloads folder to use\n";
+  } else {
     RecupererInstallationInterrompue(sh);
     mDeltaEnCours = mURLDelta != "";
     bTelechargementLance = LancerTelechargement(mDeltaEnCours ? mURLDelta : app.strURLGlobal);
@@ -213,6 +223,9 @@ void FenetreTelechargement::AfficherTelechargement(const String& url) {
 }
 
 void FenetreTelechargement::FermetureDemandee() {
+  // Stopped half-way, the installation would end without the application
+  // opened again; it ends by itself within seconds.
+  if (mInstallationEnCours) return;
   if (mMiseAJourAnnulable) {
     AnnulerTelechargement();
     RouvrirApplication();
@@ -250,6 +263,7 @@ void FenetreTelechargement::RenoncerDelta(const String& raison) {
   }
   mDeltaEnCours = false;
   mSignatureEnCours = false;
+  mInstallationEnCours = false;
   mMiseAJourAnnulable = true;
   // The figure starts again, so that the archive's own figures show, its
   // last one too.

@@ -8,15 +8,18 @@
 // one from the delta instead, and ends in the same step.
 #include <cerrno>
 #include <filesystem>
+#include <iostream>
 #include <system_error>
 #include <vector>
 
 #include "base/FolderItem.h"
+#include "base/InfoPlist.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
 #include "base/SpecialFolder.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
+#include "base/ZipDirectory.h"
 #include "core/VelmarisMAJ.h"
 #include "delta/DeltaApplier.h"
 #include "ui/FenetreTelechargement.h"
@@ -36,38 +39,43 @@ String Guillemets(const String& path) { return "\"" + path + "\""; }
 Ref<FolderItem> Dossier(const String& chemin) { return New<FolderItem>(chemin, FolderItem::PathModes::Shell); }
 
 // The files and command lines of one update, worked out from the download's
-// URL and the installed application's path.
+// URL and the installed application's path. The disk image is unpacked into
+// a folder of the tool's own in Downloads, named after the application, so
+// that nothing of the user's there is written over or removed.
 struct Installation {
   Installation() {
     VelmarisMAJ& app = App();
     strFichierZip = app.ExtraireNomFichier(app.strURLGlobal);
     strFichierDMG = Replace(strFichierZip, ".zip", "");
     strVolume = Replace(strFichierDMG, ".dmg", "");
-    strCheminTelechargement = System::EnvironmentVariable("HOME") + "/Downloads/" + strFichierZip;
+    const String telechargements = System::EnvironmentVariable("HOME") + "/Downloads/";
+    strCheminTelechargement = telechargements + strFichierZip;
+    const String strDossierPropre = ".VelmarisMAJ-" + app.CleApplication();
+    dossierPropre = Dossier(telechargements + strDossierPropre);
+    image = dossierPropre->Child(strFichierDMG);
     application = Dossier(app.strCheminApp);
     // Beside the installed application, so on its volume: the names can be exchanged.
     copieEntrante = application->Parent()->Child("." + application->Name() + ".incoming");
     copieSortante = application->Parent()->Child("." + application->Name() + ".outgoing");
     volume = SpecialFolder::Volumes()->Child(strVolume);
 
-    unzip = "unzip -o -d ~/Downloads ~/Downloads/" + strFichierZip;
-    mount = "hdiutil mount ~/Downloads/" + strFichierDMG;
-    removeResourceFolder = "rm -rf ~/Downloads/__MACOSX";
+    // Only the disk image is taken from the archive.
+    unzip = "unzip -q -d ~/Downloads/" + strDossierPropre + " ~/Downloads/" + strFichierZip + " " + strFichierDMG;
+    mount = "hdiutil mount ~/Downloads/" + strDossierPropre + "/" + strFichierDMG;
+    removeOwnFolder = "rm -rf ~/Downloads/" + strDossierPropre;
     copyApplication = "ditto -rsrc /Volumes/" + strVolume + "/Velmaris.app " + Guillemets(copieEntrante->NativePath());
     unmount = "hdiutil unmount /Volumes/" + strVolume;
-    removeArchive = "rm ~/Downloads/" + strFichierZip;
-    removeDownloads = "rm ~/Downloads/" + strFichierDMG + " ~/Downloads/" + strFichierZip;
+    removeDownloads = "rm ~/Downloads/" + strFichierZip;
     // A signed archive's signature goes with it.
     if (Dossier(strCheminTelechargement + ".minisig")->Exists()) {
-      removeArchive += " ~/Downloads/" + strFichierZip + ".minisig";
       removeDownloads += " ~/Downloads/" + strFichierZip + ".minisig";
     }
     openApplication = "open " + Guillemets(app.strCheminApp);
   }
 
   String strFichierZip, strFichierDMG, strVolume, strCheminTelechargement;
-  Ref<FolderItem> application, copieEntrante, copieSortante, volume;
-  String unzip, mount, removeResourceFolder, copyApplication, unmount, removeArchive, removeDownloads, openApplication;
+  Ref<FolderItem> dossierPropre, image, application, copieEntrante, copieSortante, volume;
+  String unzip, mount, removeOwnFolder, copyApplication, unmount, removeDownloads, openApplication;
   const String wait = "Sleep 1";
 };
 
@@ -140,41 +148,93 @@ bool Permuter(const Installation& installation) {
   return false;
 }
 
-// The last checks of the new application in the staging folder, whichever
-// road filled it.
-bool CopieEntranteAcceptable(const Installation& installation) {
-  return ApplicationInstallable(installation.copieEntrante);
+// In the staging folder, before it takes the application's place: no
+// program runs with the rights of its owner or group, and only the user
+// may write; false when it holds a device, a fifo or a socket, which no
+// application bundle holds.
+bool NormaliserCopie(const Ref<FolderItem>& copie) {
+  std::error_code erreur;
+  constexpr fs::perms kRetires =
+      fs::perms::set_uid | fs::perms::set_gid | fs::perms::group_write | fs::perms::others_write;
+  const auto normaliser = [&](const fs::path& chemin) {
+    const fs::file_status etat = fs::symlink_status(chemin, erreur);
+    if (fs::is_symlink(etat)) return true;
+    if (!fs::is_regular_file(etat) && !fs::is_directory(etat)) return false;
+    if ((etat.permissions() & kRetires) != fs::perms::none) {
+      fs::permissions(chemin, etat.permissions() & ~kRetires, fs::perm_options::replace, erreur);
+    }
+    return !erreur;
+  };
+  if (!normaliser(copie->NativePath())) return false;
+  for (auto entree = fs::recursive_directory_iterator(copie->NativePath(), erreur);
+       !erreur && entree != fs::recursive_directory_iterator(); entree.increment(erreur)) {
+    if (!normaliser(entree->path())) return false;
+  }
+  return !erreur;
 }
 
-// Takes the new application that stands in the staging folder through the
-// last checks and puts it in the place of the installed one; then the old
-// copy goes, the road's own clean-up commands run, the new application is
-// opened and the run ends. Returns only when the staging folder was refused
-// or could not take the installed application's place, which is untouched.
-void InstallerCopieEntrante(Shell& sh, const Installation& installation, const std::vector<String>& nettoyage) {
-  if (!CopieEntranteAcceptable(installation) || !Permuter(installation)) return;
+// The installed application has not been touched: the user is told, what
+// was copied, mounted and downloaded goes, and the application is re-opened.
+[[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte,
+                                         const String& raison) {
+  std::cerr << "VelmarisMAJ: the installation gave up: " << raison << "\n";
+  App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
+  if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
+  if (bMonte) sh.Execute(installation.unmount);
+  sh.Execute(installation.removeOwnFolder);
+  sh.Execute(installation.removeDownloads);
+  sh.Execute(installation.openApplication);
+  Quit(0);
+}
+
+// Why the archive can't be unpacked into the tool's folder, or "" when it
+// can: the disk image must be in it, and the size that it declares must fit
+// the free space, before a byte is written.
+String DefautArchive(const Installation& installation) {
+  const int64_t taille = ZipDeclaredSize(installation.strCheminTelechargement, installation.strFichierDMG);
+  if (taille < 0) return "the archive holds no " + installation.strFichierDMG;
+  std::error_code erreur;
+  const fs::space_info place = fs::space(installation.dossierPropre->Parent()->NativePath(), erreur);
+  if (erreur || static_cast<uint64_t>(taille) > place.available) {
+    return "the disk image needs " + Str(taille) + " bytes, and Downloads has " +
+           Str(static_cast<int64_t>(erreur ? 0 : place.available)) + " free";
+  }
+  return "";
+}
+
+// The staging folder is filled, by the copy from the volume or from a
+// delta: its last checks, then the exchange, the clean-up (the volume
+// unmounted when it was mounted, the road's downloads removed) and the
+// opening of the new application, the end of the run. Returns only when the
+// staging folder was refused or could not take the installed application's
+// place, which is then untouched: why.
+String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool bMonte,
+                              const std::vector<String>& retirerTelechargements) {
+  VelmarisMAJ& app = App();
+  if (!NormaliserCopie(installation.copieEntrante)) return "the new application holds a device, a fifo or a socket";
+  // Another application's bundle must not take this one's place.
+  const String identifiant = InfoPlistValue(installation.application->NativePath(), "CFBundleIdentifier");
+  if (identifiant != "" &&
+      InfoPlistValue(installation.copieEntrante->NativePath(), "CFBundleIdentifier") != identifiant) {
+    return "the new application is not " + identifiant;
+  }
+  sh.Execute(installation.wait);
+  if (!Permuter(installation)) return "the new application could not take the old one's place";
+
   // The new application is in place: what is left is clean-up, whose
   // failures the next run's recovery takes up.
   for (const Ref<FolderItem>& ancienne : {installation.copieSortante, installation.copieEntrante}) {
     if (ancienne->Exists()) sh.Execute(RemoveFolder(ancienne));
   }
-  for (const String& commande : nettoyage) sh.Execute(commande);
+  if (bMonte) {
+    sh.Execute(installation.unmount);
+    sh.Execute(installation.wait);
+  }
+  for (const String& commande : retirerTelechargements) sh.Execute(commande);
   sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
-    App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
+    app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
   }
-  Quit(0);
-}
-
-// The installed application has not been touched: the user is told, what
-// was copied, mounted and downloaded goes, and the application is re-opened.
-[[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte) {
-  App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
-  if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
-  if (bMonte) sh.Execute(installation.unmount);
-  sh.Execute(installation.removeResourceFolder);
-  sh.Execute(installation.removeDownloads);
-  sh.Execute(installation.openApplication);
   Quit(0);
 }
 
@@ -192,22 +252,23 @@ void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
   }
   // Mounted again over it, a volume of the same name would hide the new one.
   if (installation.volume->Exists()) sh.Execute(installation.unmount);
-  const String telechargements = System::EnvironmentVariable("HOME") + "/Downloads/";
-  if (Dossier(telechargements + "__MACOSX")->Exists()) sh.Execute(installation.removeResourceFolder);
-  std::vector<String> fichiers = {installation.strFichierZip, installation.strFichierDMG,
-                                  installation.strFichierZip + ".minisig"};
+  if (installation.dossierPropre->Exists()) sh.Execute(installation.removeOwnFolder);
+  std::vector<String> fichiers = {installation.strCheminTelechargement,
+                                  installation.strCheminTelechargement + ".minisig"};
   if (mURLDelta != "") {
-    fichiers.push_back(App().ExtraireNomFichier(mURLDelta));
-    fichiers.push_back(App().ExtraireNomFichier(mURLDelta) + ".minisig");
+    const String delta = System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(mURLDelta);
+    fichiers.push_back(delta);
+    fichiers.push_back(delta + ".minisig");
   }
   for (const String& fichier : fichiers) {
-    const auto reste = Dossier(telechargements + fichier);
+    const auto reste = Dossier(fichier);
     if (reste->Exists() && !reste->Directory()) reste->Delete();
   }
 }
 
 void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   mMiseAJourAnnulable = false;
+  mInstallationEnCours = true;
   VelmarisMAJ& app = App();
   Shell sh;
   if (mDeltaEnCours) {
@@ -223,47 +284,61 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   }
   if (app.RetournerTailleFichier(installation.strCheminTelechargement) < kTailleMinimaleArchive) {
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
-    sh.Execute(installation.removeArchive);
+    sh.Execute(installation.removeDownloads);
     sh.Execute(installation.openApplication);
     Quit(0);
   }
 
+  const String defaut = DefautArchive(installation);
+  if (defaut != "") AbandonnerInstallation(sh, installation, false, defaut);
+  installation.dossierPropre->CreateAsFolder();
+  if (installation.dossierPropre->LastErrorCode() != 0) {
+    AbandonnerInstallation(sh, installation, false,
+                           "the folder " + installation.dossierPropre->NativePath() + " could not be made");
+  }
   sh.Execute(installation.unzip);
   const bool bDezippe = sh.ErrorCode() == 0;
+  // Unpacked as a link or a folder, the image would lead the mount elsewhere.
+  const bool bImage = fs::is_regular_file(fs::symlink_status(installation.image->NativePath()));
   sh.Execute(installation.mount);
   const bool bMonte = sh.ErrorCode() == 0;
+  if (!bDezippe || !bImage || !bMonte) {
+    AbandonnerInstallation(sh, installation, bMonte, "the disk image could not be unpacked and mounted");
+  }
+  if (!ApplicationInstallable(installation.volume->Child("Velmaris.app"))) {
+    AbandonnerInstallation(sh, installation, bMonte, "the disk image holds no application to install");
+  }
+  if (!ApplicationRemplacable(app.strCheminApp, installation.application)) {
+    AbandonnerInstallation(sh, installation, bMonte, "no application bundle stands at " + app.strCheminApp);
+  }
   // A staging folder or an old copy that the recovery could not remove
   // would mix with the copy or stand in the way of the exchange.
-  if (!bDezippe || !bMonte || !ApplicationInstallable(installation.volume->Child("Velmaris.app")) ||
-      !ApplicationRemplacable(app.strCheminApp, installation.application) || installation.copieEntrante->Exists() ||
-      installation.copieSortante->Exists()) {
-    AbandonnerInstallation(sh, installation, bMonte);
+  if (installation.copieEntrante->Exists() || installation.copieSortante->Exists()) {
+    AbandonnerInstallation(sh, installation, bMonte, "an earlier copy beside the application could not be removed");
   }
 
   sh.Execute(installation.copyApplication);
-  if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte);
-  sh.Execute(installation.wait);
-  InstallerCopieEntrante(
-      sh, installation,
-      {installation.removeResourceFolder, installation.unmount, installation.wait, installation.removeDownloads});
-  AbandonnerInstallation(sh, installation, bMonte);
+  if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte, "the copy of the new application failed");
+  AbandonnerInstallation(
+      sh, installation, bMonte,
+      InstallerCopieEntrante(sh, installation, bMonte, {installation.removeOwnFolder, installation.removeDownloads}));
 }
 
 void FenetreTelechargement::InstallerDelta(Shell& sh) {
   const Installation installation;
   const String delta = App().ExtraireNomFichier(mURLDelta);
-  String defaut = "the installed application can't be replaced";
-  // As on the archive's road, a staging folder or an old copy left in the
-  // way stops it.
+  String defaut = "no application bundle stands at " + App().strCheminApp;
+  // As on the archive's road, an old copy left in the way stops it.
   if (installation.application->Directory() && ApplicationRemplacable(App().strCheminApp, installation.application) &&
       !installation.copieSortante->Exists()) {
     defaut =
         ApplyDelta(System::EnvironmentVariable("HOME") + "/Downloads/" + delta, App().strCheminApp,
                    installation.copieEntrante->NativePath(), mVersionInstallee, App().RetournerValeurArgument("MAJ"));
   }
+  if (defaut == "" && !ApplicationInstallable(installation.copieEntrante)) defaut = "it builds no application";
   if (defaut == "") {
-    InstallerCopieEntrante(sh, installation, {"rm ~/Downloads/" + delta + " ~/Downloads/" + delta + ".minisig"});
-    defaut = "the new application was refused or could not take the installed one's place";
+    defaut = InstallerCopieEntrante(sh, installation, false,
+                                    {"rm ~/Downloads/" + delta + " ~/Downloads/" + delta + ".minisig"});
   }
   if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
   RenoncerDelta(defaut);

@@ -88,6 +88,23 @@ inline std::string InstalledVersion(const std::string& bundle) {
   return std::to_string(resources) == ReadFile(bundle + "/Contents/manifest.txt") ? version : "mixed";
 }
 
+// Runs the sqlite3 program on the database with those commands; gives what it printed.
+inline std::string Sql(const std::string& database, const QStringList& commands) {
+  std::filesystem::create_directories(std::filesystem::path(database).parent_path());
+  QProcess sqlite;
+  sqlite.start("sqlite3", QStringList{QString::fromStdString(database)} + commands);
+  sqlite.waitForFinished(10000);
+  return sqlite.readAllStandardOutput().trimmed().toStdString();
+}
+
+// The bytes of a whole SQLite database whose one table t holds the value.
+inline std::string DatabaseBytes(const std::string& value) {
+  QTemporaryDir folder;
+  const std::string database = folder.path().toStdString() + "/d.sqlite";
+  Sql(database, {"CREATE TABLE t(v TEXT); INSERT INTO t VALUES ('" + QString::fromStdString(value) + "');"});
+  return ReadFile(database);
+}
+
 // One run of the binary, with HOME at "/home" and TMPDIR at "/tmp" in a
 // folder of its own, or of another run's; no display, XDG_DATA_HOME or
 // XDG_RUNTIME_DIR unless given. It may be started again once it has ended.
@@ -109,6 +126,7 @@ class ToolRun {
     QStringList list;
     for (const std::string& argument : arguments) list << QString::fromStdString(argument);
     mTool.setProcessEnvironment(environment);
+    mTool.setWorkingDirectory(QString::fromStdString(At("")));
     mTool.start(VELMARIS_BINARY, list);
   }
   // The binary's process and those it started that run on, with their names.
@@ -133,6 +151,7 @@ class ToolRun {
     }
     return family;
   }
+  void Signal(int signal) { ::kill(static_cast<pid_t>(mTool.processId()), signal); }
   // Kills the binary and every process it started, as a power cut would.
   void Kill() {
     for (const auto& [pid, name] : Family()) ::kill(static_cast<pid_t>(pid), SIGKILL);

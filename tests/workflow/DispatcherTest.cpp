@@ -93,22 +93,22 @@ TEST_F(DispatcherTest, EveryRoad) {
                                  "/`reboot`.app", "/Vel\\maris.app", "/Vel\nmaris.app", "/Vel\rmaris.app"}) {
     rows.push_back({.name = path, .arguments = {kProgram, "--REPAPP:" + path, sauvedb, maj}});
   }
+  const std::string backupBytes = testing::DatabaseBytes("backup");
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     fs::remove_all(Data());
     fs::create_directories(Data() + "/BackupsDB");
     testing::WriteFile(Data() + "/Velmaris.sqlite", "live");
     const std::string backup = Data() + "/" + kBackup;
-    if (row.backup == 0) testing::WriteFile(backup, "backup");
-
-    if (row.backup > 0) mTime.At(mTime.Now() + row.backup * 60, [&] { testing::WriteFile(backup, "backup"); });
+    if (row.backup == 0) testing::WriteFile(backup, backupBytes);
+    if (row.backup > 0) mTime.At(mTime.Now() + row.backup * 60, [&] { testing::WriteFile(backup, backupBytes); });
     if (row.quitAt > 0) mTime.At(mTime.Now() + row.quitAt, [] { Quit(0); });
     const Outcome run = Dispatch(row.arguments);
 
     EXPECT_EQ(run.seen, row.seen);
     EXPECT_EQ(run.seconds, row.seconds);
     EXPECT_EQ(run.quit, row.quit);
-    EXPECT_EQ(testing::ReadFile(Data() + "/Velmaris.sqlite"), row.restored ? "backup" : "live");
+    EXPECT_EQ(testing::ReadFile(Data() + "/Velmaris.sqlite"), row.restored ? backupBytes : "live");
     EXPECT_EQ(run.title, std::ranges::count(row.seen, open) ? "Restore database..." : "Velmaris Update");
     // The no-job road works nothing out.
     EXPECT_EQ(run.app.strCheminAppData == "", row.seen == std::vector{kNoJob});

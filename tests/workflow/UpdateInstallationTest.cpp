@@ -5,6 +5,7 @@
 // mounted.
 #include <gtest/gtest.h>
 
+#include <QCryptographicHash>
 #include <filesystem>
 
 #include "support/Recording.h"
@@ -25,28 +26,32 @@ TEST(UpdateInstallation, EveryRoad) {
   const std::string incoming = sandbox.At("/Applications/.Velmaris Beta.app.incoming");
   const std::string source = sandbox.At("/Volumes/Velmaris_2.1.0/Velmaris.app");
   const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
-  const std::string unzip = "unzip -o -d ~/Downloads ~/Downloads/Velmaris_2.1.0.dmg.zip";
-  const std::string mount = "hdiutil mount ~/Downloads/Velmaris_2.1.0.dmg";
-  const std::string rmMacOSX = "rm -rf ~/Downloads/__MACOSX";
+  // The tool's own folder in Downloads, named after the application.
+  const std::string own = "~/Downloads/.VelmarisMAJ-" +
+                          QCryptographicHash::hash(QByteArray::fromStdString(application), QCryptographicHash::Md5)
+                              .toHex()
+                              .left(16)
+                              .toStdString();
+  const std::string unzip = "unzip -q -d " + own + " ~/Downloads/Velmaris_2.1.0.dmg.zip Velmaris_2.1.0.dmg";
+  const std::string mount = "hdiutil mount " + own + "/Velmaris_2.1.0.dmg";
+  const std::string rmOwn = "rm -rf " + own;
   const std::string ditto = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + incoming + "\"";
   const std::string rmOld = "rm -rf \"" + sandbox.At("/Applications/.Velmaris Beta.app.outgoing") + "\"";
   const std::string unmount = "hdiutil unmount /Volumes/Velmaris_2.1.0";
-  const std::string rmArchive = "rm ~/Downloads/Velmaris_2.1.0.dmg.zip";
-  const std::string rmDownloads = "rm ~/Downloads/Velmaris_2.1.0.dmg ~/Downloads/Velmaris_2.1.0.dmg.zip";
+  const std::string rmDownloads = "rm ~/Downloads/Velmaris_2.1.0.dmg.zip";
   const std::string open = "open \"" + application + "\"";
   const std::string wait = "Sleep 1";
-  const std::vector<std::string> success = {unzip,    mount,   ditto, wait,        rmOld,
-                                            rmMacOSX, unmount, wait,  rmDownloads, open};
+  const std::vector<std::string> success = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, rmDownloads, open};
   // The dialogs: the application is kept, or a fresh installation is required.
   const std::string notUpdated = "Velmaris application has not been updated.";
   const std::string download = testing::CautionLine("Errors encountered in downloading the update !", notUpdated);
   const std::string kept = testing::CautionLine("Errors encountered in installing the update !", notUpdated);
   const std::string fresh = testing::CautionLine("Errors encountered in installing the update !",
                                                  "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.");
-  const std::vector<std::string> refused = {unzip, mount, kept, unmount, rmMacOSX, rmDownloads, open};
+  const std::vector<std::string> refused = {unzip, mount, kept, unmount, rmOwn, rmDownloads, open};
   struct Row {
     const char* name;
-    int64_t archive = 20000;  // its size; -1 for none
+    int64_t archive = 20000;  // its size; -1 for none; from 10000 on, a zip holding the disk image
     std::map<std::string, int64_t> fail = {};
     std::vector<std::string> seen;  // the commands, and the dialog where it is shown
     std::string installed = "1";
@@ -56,17 +61,15 @@ TEST(UpdateInstallation, EveryRoad) {
       {.name = "success", .seen = success, .installed = "2.1.0"},
       {.name = "an archive of exactly 10000 bytes passes", .archive = 10000, .seen = success, .installed = "2.1.0"},
       {.name = "no archive", .archive = -1, .seen = {download, open}},
-      {.name = "an archive of 9999 bytes is an error page", .archive = 9999, .seen = {download, rmArchive, open}},
+      {.name = "an archive of 9999 bytes is an error page", .archive = 9999, .seen = {download, rmDownloads, open}},
       {.name = "unzip fails, mount runs and is undone", .fail = {{"unzip", 9}}, .seen = refused},
-      {.name = "mount fails",
-       .fail = {{"hdiutil mount", 1}},
-       .seen = {unzip, mount, kept, rmMacOSX, rmDownloads, open}},
+      {.name = "mount fails", .fail = {{"hdiutil mount", 1}}, .seen = {unzip, mount, kept, rmOwn, rmDownloads, open}},
       {.name = "the copy fails",
        .fail = {{"ditto", 1}},
-       .seen = {unzip, mount, ditto, kept, unmount, rmMacOSX, rmDownloads, open}},
+       .seen = {unzip, mount, ditto, kept, unmount, rmOwn, rmDownloads, open}},
       {.name = "opening the new application fails",
        .fail = {{"open", 1}},
-       .seen = {unzip, mount, ditto, wait, rmOld, rmMacOSX, unmount, wait, rmDownloads, open, fresh},
+       .seen = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, rmDownloads, open, fresh},
        .installed = "2.1.0"},
       {.name = "the clean-up's own failures change nothing",
        .fail = {{"rm ~", 1}, {"rm -rf", 1}, {"hdiutil unmount", 1}, {"Sleep", 1}},
@@ -77,8 +80,20 @@ TEST(UpdateInstallation, EveryRoad) {
        .seen = refused,
        .volume = [&] { fs::permissions(source + "/Contents/MacOS/Velmaris", fs::perms(0644)); }},
       {.name = "a staging folder the recovery could not remove",
-       .seen = {unzip, mount, kept, "rm -rf \"" + incoming + "\"", unmount, rmMacOSX, rmDownloads, open},
+       .seen = {unzip, mount, kept, "rm -rf \"" + incoming + "\"", unmount, rmOwn, rmDownloads, open},
        .volume = [&] { testing::MakeApplication(incoming, "0", 1); }},
+  };
+  // A stored zip (no extra fields) of that size holding the disk image, or bytes of no zip below 10000.
+  const auto writeArchive = [&](int64_t size) {
+    fs::remove_all(sandbox.At("/home/Downloads"));
+    fs::create_directories(sandbox.At("/home/Downloads"));
+    if (size < 10000) {
+      if (size >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(size), 'z'));
+      return;
+    }
+    testing::WriteFile(sandbox.At("/Velmaris_2.1.0.dmg"), std::string(static_cast<size_t>(size - 134), 'z'));
+    Shell sh;
+    sh.Execute("cd '" + sandbox.At("") + "' && zip -X -0 -q '" + archive + "' Velmaris_2.1.0.dmg");
   };
   // Runs the installation of the application at that path, with those commands failing.
   const auto install = [&](const std::string& path, const std::map<std::string, int64_t>& fail) {
@@ -86,6 +101,7 @@ TEST(UpdateInstallation, EveryRoad) {
     testing::VirtualTime time;
     testing::Recording recording;
     recording.RunForReal("ditto");
+    recording.RunForReal("unzip");
     recording.RunForReal("rm -rf \"");
     for (const auto& [start, status] : fail) recording.AnswerWith(start, status);
     window->TimerQuit().SetMode(0);
@@ -102,8 +118,7 @@ TEST(UpdateInstallation, EveryRoad) {
     testing::MakeApplication(application, "1", 3);
     testing::MakeApplication(source, "2.1.0", 3);
     row.volume();
-    fs::remove(archive);
-    if (row.archive >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(row.archive), 'z'));
+    writeArchive(row.archive);
     EXPECT_EQ(install(application, row.fail), row.seen);
     EXPECT_EQ(testing::InstalledVersion(application), row.installed);
     // Only a removal that failed leaves the old copy beside the application.
@@ -121,7 +136,7 @@ TEST(UpdateInstallation, EveryRoad) {
   for (const std::string name :
        {"/Missing/Velmaris.app", "/Velmaris", "/.app", "/Root.app", "/Home.app", "/Applications/Missing.app"}) {
     const std::string path = sandbox.At(name);
-    testing::WriteFile(archive, std::string(20000, 'z'));
+    writeArchive(20000);
     const bool recovered = name == "/Applications/Missing.app";
     const std::string copy = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" +
                              sandbox.At("/Applications/.Missing.app.incoming") + "\"";

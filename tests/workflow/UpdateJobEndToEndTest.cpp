@@ -5,12 +5,15 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 
+#include <QCryptographicHash>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <set>
 
 #include "base/Shell.h"
 #include "delta/DeltaFile.h"
@@ -66,21 +69,44 @@ class UpdateJobEndToEnd : public ::testing::Test {
   // Starts the update of the sandbox's application to that version, with
   // no key to check it with unless given.
   void Start(testing::ToolRun& run, const std::string& version, uint16_t port = 0,
-             const std::string& repapp = kApplication, const std::string& key = "") {
-    run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version},
-              {{"VELMARIS_VOLUMES", run.At("/Volumes")},
-               {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port ? port : mPythonPort)},
-               {"VELMARIS_STALL_SECONDS", "3"},
-               {"VELMARIS_UPDATE_PUBLIC_KEY", key}});
+             const std::string& repapp = kApplication, const std::string& key = "",
+             std::map<std::string, std::string> variables = {}) {
+    variables.merge(std::map<std::string, std::string>{
+        {"VELMARIS_VOLUMES", run.At("/Volumes")},
+        {"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port ? port : mPythonPort)},
+        {"VELMARIS_STALL_SECONDS", "3"},
+        {"VELMARIS_UPDATE_PUBLIC_KEY", key}});
+    run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version}, variables);
   }
-  // Nothing left of the update but the application: no copy beside it, no
-  // download, no volume.
-  static void ExpectNothingLeft(const testing::ToolRun& run, const std::string& application = kApplication) {
+  // Nothing left of the update but the application, whose files only the
+  // user may write: no copy beside it, no download but the user's files, no
+  // volume, no lock in the shared temporary folder.
+  static void ExpectNothingLeft(const testing::ToolRun& run, const std::string& application = kApplication,
+                                const std::set<std::string>& users = {}) {
     for (const auto& entry : fs::directory_iterator(fs::path(run.At(application)).parent_path())) {
       EXPECT_EQ(entry.path().filename(), fs::path(application).filename()) << "left beside the application";
     }
-    EXPECT_TRUE(!fs::exists(run.At("/home/Downloads")) || fs::is_empty(run.At("/home/Downloads")));
-    EXPECT_TRUE(!fs::exists(run.At("/Volumes")) || fs::is_empty(run.At("/Volumes")));
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(run.At("/home/Downloads"), error)) {
+      EXPECT_TRUE(users.contains(entry.path().filename())) << entry.path() << " left in Downloads";
+    }
+    for (const auto& entry : fs::recursive_directory_iterator(run.At(application), error)) {
+      const fs::perms unsafe =
+          fs::perms::set_uid | fs::perms::set_gid | fs::perms::group_write | fs::perms::others_write;
+      EXPECT_TRUE(entry.is_symlink() || (entry.status().permissions() & unsafe) == fs::perms::none) << entry.path();
+    }
+    for (const char* folder : {"/Volumes", "/elsewhere"}) {
+      EXPECT_TRUE(!fs::exists(run.At(folder)) || fs::is_empty(run.At(folder))) << folder;
+    }
+    for (const auto& entry : fs::directory_iterator(run.At("/tmp"), error)) {
+      EXPECT_FALSE(entry.path().filename().string().starts_with("VelmarisMAJ")) << entry.path();
+    }
+  }
+  // The tool's own folder in the Downloads of that run.
+  static std::string OwnFolder(const testing::ToolRun& run) {
+    const QByteArray path = QByteArray::fromStdString(run.At(kApplication));
+    return run.At("/home/Downloads/.VelmarisMAJ-") +
+           QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
   }
 
   QTemporaryDir mWeb;
@@ -137,15 +163,48 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   const std::vector<std::string> installed = {"Download Velmaris_2.0.0.dmg.zip in progress...", "100%",
                                               "Update installation in progress..."};
   // What an update that was cut off left behind: a copy beside the
-  // application, a volume still mounted, the downloads.
-  const auto leftovers = [](testing::ToolRun& run) {
-    testing::MakeApplication(run.At("/Applications/.Velmaris.app.incoming"), "2.0.0", 5);
-    testing::MakeApplication(run.At("/Volumes/Velmaris_2.0.0/Velmaris.app"), "0.9");
-    for (const char* download : {"Velmaris_2.0.0.dmg", "Velmaris_2.0.0.dmg.zip", "__MACOSX/x"}) {
-      fs::create_directories(fs::path(run.At("/home/Downloads/") + download).parent_path());
-      testing::WriteFile(run.At("/home/Downloads/") + download, "stale");
+  // application, a volume still mounted, the downloads, the tool's folder;
+  // and the user's own files in Downloads, which stay as they are.
+  const std::set<std::string> users = {"Velmaris_2.0.0.dmg", "__MACOSX", "notes.txt"};
+  const auto usersFiles = [&users](testing::ToolRun& run) {
+    for (const std::string& user : users) {
+      const fs::path file = run.At("/home/Downloads/" + user + (user.ends_with("txt") ? "" : "/x"));
+      fs::create_directories(file.parent_path());
+      testing::WriteFile(file, "mine");
     }
   };
+  const auto leftovers = [&usersFiles](testing::ToolRun& run) {
+    testing::MakeApplication(run.At("/Applications/.Velmaris.app.incoming"), "2.0.0", 5);
+    testing::MakeApplication(run.At("/Volumes/Velmaris_2.0.0/Velmaris.app"), "0.9");
+    fs::create_directories(OwnFolder(run) + "/Velmaris_2.0.0.dmg");
+    testing::WriteFile(run.At("/home/Downloads/Velmaris_2.0.0.dmg.zip"), "stale");
+    usersFiles(run);
+  };
+  MakeRelease("2.6.0", 1000);
+  // Archives that hold more than their disk image, or an image that is a link or a folder.
+  MakeRelease("2.5.0");
+  sh.Execute(
+      "cd '" + Files() + "' && mkdir -p extra/__MACOSX && echo theirs > extra/notes.txt && " +
+      "echo theirs > extra/__MACOSX/x && ln -s / extra/link && (cd extra && zip -y -q -r " +
+      "../Velmaris_2.5.0.dmg.zip .) && rm -r extra && head -c 20000 /dev/urandom > pad && " +
+      "ln -s /etc/hostname Velmaris_13.0.0.dmg && zip -y -q Velmaris_13.0.0.dmg.zip Velmaris_13.0.0.dmg pad && " +
+      "mkdir Velmaris_14.0.0.dmg && mv pad Velmaris_14.0.0.dmg && zip -q -r Velmaris_14.0.0.dmg.zip " +
+      "Velmaris_14.0.0.dmg && rm -r Velmaris_13.0.0.dmg Velmaris_14.0.0.dmg");
+  ASSERT_EQ(sh.ErrorCode(), 0);
+  // Another application's bundle; a program run with its owner's rights and
+  // files anyone may write; a fifo, which no bundle holds.
+  MakeArchive("10.0.0", [](const std::string& stage) {
+    testing::MakeApplication(stage + "/Velmaris.app", "10.0.0", 0, "com.example.Other");
+  });
+  MakeArchive("11.0.0", [](const std::string& stage) {
+    testing::MakeApplication(stage + "/Velmaris.app", "11.0.0");
+    fs::permissions(stage + "/Velmaris.app/Contents/MacOS/Velmaris", fs::perms(04777));
+    fs::permissions(stage + "/Velmaris.app/Contents/Resources", fs::perms(02777));
+  });
+  MakeArchive("12.0.0", [](const std::string& stage) {
+    testing::MakeApplication(stage + "/Velmaris.app", "12.0.0");
+    mkfifo((stage + "/Velmaris.app/Contents/fifo").c_str(), 0644);
+  });
   struct Row {
     const char* name;
     std::string version = "2.0.0";
@@ -159,7 +218,12 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     std::function<void(testing::ToolRun&)> before = [](testing::ToolRun& tool) {
       fs::create_directories(tool.At("/home/Downloads"));
     };
+    std::map<std::string, std::string> variables = {};
+    std::set<std::string> users = {};  // the user's files in Downloads, which stay
+    int signal = 0;                    // sent once the condition holds
+    std::function<bool(const testing::ToolRun&)> when = {};
     testing::ToolRun run = {};
+    bool signalled = false;
   } rows[] = {
       {.name = "success without a key",
        .messages = {installed[0], installed[1], "the archive is not authenticated", installed[2]},
@@ -206,7 +270,57 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .opened = ""},
       {.name = "a path ending in /", .repapp = kApplication + "/", .messages = installed, .installed = "2.0.0"},
       {.name = "no Downloads folder", .messages = installed, .installed = "2.0.0", .before = [](testing::ToolRun&) {}},
-      {.name = "what an interrupted update left", .messages = installed, .installed = "2.0.0", .before = leftovers},
+      {.name = "what an interrupted update left, beside the user's files",
+       .messages = installed,
+       .installed = "2.0.0",
+       .before = leftovers,
+       .users = users},
+      {.name = "an archive with more than the disk image",
+       .version = "2.5.0",
+       .messages = {installed[2]},
+       .installed = "2.5.0",
+       .before = usersFiles,
+       .users = users},
+      {.name = "the disk image a link", .version = "13.0.0"},
+      {.name = "the disk image a folder", .version = "14.0.0"},
+      {.name = "another application's bundle",
+       .version = "10.0.0",
+       .messages = {"is not app.velmaris.Velmaris", kInstallFailed}},
+      {.name = "setuid and writable for all", .version = "11.0.0", .messages = {installed[2]}, .installed = "11.0.0"},
+      {.name = "a fifo in the bundle", .version = "12.0.0"},
+      {.name = "a value cut at \"--\"",
+       .application = "/Applications/Old.app",
+       .repapp = "/Applications/Old.app--keep/Velmaris.app",
+       .messages = {"The launch of VelmarisMAJ must be initiated by Velmaris!"},
+       .opened = ""},
+      {.name = "a version of nearly 128 KiB, the most that an argument may hold",
+       .version = std::string(130000, '1'),
+       .messages = {"no version number", kDownloadFailed}},
+      {.name = "HOME not absolute",
+       .messages = {"HOME is not set to an absolute path", kDownloadFailed},
+       .variables = {{"HOME", "home"}}},
+      {.name = "the lock's folder a link elsewhere",
+       .messages = installed,
+       .installed = "2.0.0",
+       .before =
+           [](testing::ToolRun& run) {
+             fs::create_directories(run.At("/elsewhere"));
+             fs::create_directories(run.At("/home/.cache"));
+             fs::create_directory_symlink(run.At("/elsewhere"), run.At("/home/.cache/VelmarisMAJ"));
+           }},
+      {.name = "SIGTERM during the download",
+       .port = stalled.Port(),
+       .messages = {installed[0]},
+       .variables = {{"VELMARIS_STALL_SECONDS", "30"}},
+       .signal = SIGTERM,
+       .when =
+           [](const testing::ToolRun& run) { return fs::exists(run.At("/home/Downloads/Velmaris_2.0.0.dmg.zip")); }},
+      {.name = "SIGHUP during the installation",
+       .version = "2.6.0",
+       .messages = {installed[2]},
+       .installed = "2.6.0",
+       .signal = SIGHUP,
+       .when = [](const testing::ToolRun& run) { return fs::exists(run.At("/Applications/.Velmaris.app.incoming")); }},
       {.name = "the old application set aside by an interrupted update",
        .messages = installed,
        .installed = "2.0.0",
@@ -218,10 +332,22 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   for (Row& row : rows) {
     testing::MakeApplication(row.run.At(row.application), "1");
     row.before(row.run);
-    Start(row.run, row.version, row.port, row.repapp, row.key);
+    Start(row.run, row.version, row.port, row.repapp, row.key, row.variables);
+  }
+  QElapsedTimer elapsed;
+  elapsed.start();
+  while (elapsed.elapsed() < 60000 &&
+         std::ranges::any_of(rows, [](const Row& r) { return r.signal && !r.signalled; })) {
+    for (Row& row : rows) {
+      if (!row.signal || row.signalled || !row.when(row.run)) continue;
+      row.run.Signal(row.signal);
+      row.signalled = true;
+    }
+    QThread::msleep(5);
   }
   for (Row& row : rows) {
     SCOPED_TRACE(row.name);
+    EXPECT_EQ(row.signalled, row.signal != 0);
     testing::ToolRun& run = row.run;
     const std::string errors = run.Finish();
     size_t from = 0;
@@ -236,7 +362,10 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       EXPECT_EQ(errors.find("not authenticated"), std::string::npos) << errors;
     }
     EXPECT_EQ(testing::InstalledVersion(run.At(row.application)), row.installed);
-    ExpectNothingLeft(run, row.application);
+    ExpectNothingLeft(run, row.application, row.users);
+    if (!row.users.empty()) {
+      EXPECT_EQ(testing::ReadFile(run.At("/home/Downloads/notes.txt")), "mine");
+    }
     EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
     EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
   }
