@@ -1,11 +1,14 @@
 // Runs arbitrary command lines through the launch-argument helpers and checks
 // them against a plain byte-wise reading of the same rules, and what holds for
 // every input: a value never holds "--" and has no white space at its ends,
-// and a command line built from "--KEY:value" pieces gives each value back.
+// a command line built from "--KEY:value" pieces gives each value back, and
+// a line is safe only when it is UTF-8 and no value was cut at a "--".
 //
 // Input: the arguments, the program path first, separated by NUL bytes. The
 // whole input, read as lines, is also the text of RecupererValeurParametre.
 
+#include <QString>
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -91,9 +94,28 @@ void CheckFileName(VelmarisMAJ& app, const std::string& path) {
         "the file name is the text behind the last /");
 }
 
+// UTF-8 that Qt's decoder gives back byte for byte.
+bool ValidUTF8(const std::string& text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toUtf8().toStdString() == text;
+}
+
+// A safe command line is UTF-8, and behind its first piece that begins with
+// a key every piece begins with one: no value was cut at a "--".
+bool ExpectedSafe(const std::string& line) {
+  if (!ValidUTF8(line)) return false;
+  bool keySeen = false;
+  for (const std::string& piece : Fields(line, "--")) {
+    const bool key = std::ranges::any_of(kKeys, [&](const char* k) { return StartsWith(piece, k + std::string(":")); });
+    if (keySeen && !key) return false;
+    keySeen = keySeen || key;
+  }
+  return true;
+}
+
 void CheckArguments(VelmarisMAJ& app, const std::vector<std::string>& arguments) {
   System::SetArguments(arguments);
   const std::string line = System::CommandLine();
+  Check(app.LigneDeCommandeSure() == ExpectedSafe(line), "a command line is safe when UTF-8 and no value was cut");
   CheckFileName(app, line);
   for (const char* key : kKeys) {
     const std::string value = app.RetournerValeurArgument(key);
@@ -122,6 +144,7 @@ void CheckBuiltCommandLine(VelmarisMAJ& app, const std::vector<std::string>& arg
   for (size_t k = 0; k < values.size(); ++k) {
     Check(app.RetournerValeurArgument(kKeys[k]) == values[k], "a built command line gives each value back");
   }
+  Check(app.LigneDeCommandeSure() == ValidUTF8(System::CommandLine()), "a built command line has no cut value");
 }
 
 void CheckLastWord(VelmarisMAJ& app, const std::string& text) {

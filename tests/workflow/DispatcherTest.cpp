@@ -88,9 +88,11 @@ TEST_F(DispatcherTest, EveryRoad) {
       // The database leg's quit ends the run once the download has started.
       {.name = "both jobs", .arguments = both, .seen = {open}, .seconds = 8, .restored = true},
   };
-  // A path that the commands' double quotes would not hold selects no job.
-  for (const std::string path : {"Applications/Velmaris.app", "~/Velmaris.app", "/Vel\"maris.app", "/$HOME.app",
-                                 "/`reboot`.app", "/Vel\\maris.app", "/Vel\nmaris.app", "/Vel\rmaris.app"}) {
+  // A path that the commands' double quotes would not hold, or no system call would take, selects no job.
+  for (const std::string& path :
+       std::vector<std::string>{"Applications/Velmaris.app", "~/Velmaris.app", "/Vel\"maris.app", "/$HOME.app",
+                                "/`reboot`.app", "/Vel\\maris.app", "/Vel\nmaris.app", "/Vel\rmaris.app",
+                                "/Vel\xffmaris.app", "/" + std::string(4096, 'v') + ".app"}) {
     rows.push_back({.name = path, .arguments = {kProgram, "--REPAPP:" + path, sauvedb, maj}});
   }
   const std::string backupBytes = testing::DatabaseBytes("backup");

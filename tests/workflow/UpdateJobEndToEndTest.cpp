@@ -588,26 +588,44 @@ TEST_F(UpdateJobEndToEnd, TwoInstancesAtOnceInstallOnce) {
   ExpectNothingLeft(first);
 }
 
-// The disk fills during the copy: the copy goes, the old application stays
-// and is opened again.
-TEST_F(UpdateJobEndToEnd, AFullDiskDuringTheCopyKeepsTheApplication) {
+// A disk too small, found during the copy, or before unpacking from the
+// size that the zip declares: the old application stays and is opened again.
+TEST_F(UpdateJobEndToEnd, AFullDiskKeepsTheApplication) {
   MakeRelease("2.0.0", 200);
-  testing::ToolRun run;
-  const std::string applications = run.At("/Applications");
-  fs::create_directories(applications);
-  // Room for one application of 200 files of a page each, not for two.
-  if (mount("tmpfs", applications.c_str(), "tmpfs", 0, "size=1200k") != 0) {
-    GTEST_SKIP() << "no tmpfs can be mounted here (needs root): " << std::strerror(errno);
+  MakeArchive("3.1.0", [](const std::string& stage) {
+    testing::MakeApplication(stage + "/Velmaris.app", "3.1.0");
+    testing::WriteFile(stage + "/zeros", std::string(size_t{4} << 20, '\0'));
+  });
+  struct Row {
+    const char* name;
+    std::string version;
+    std::string folder;  // a tmpfs of that size
+    const char* size;
+    std::string reason;
+    testing::ToolRun run = {};
+  } rows[] = {
+      // Room for one application of 200 files of a page each, not for two.
+      {"the copy", "2.0.0", "/Applications", "size=1200k", "the copy of the new application failed"},
+      {"the disk image", "3.1.0", "/home/Downloads", "size=1m", "the disk image needs 4"},
+  };
+  for (Row& row : rows) {
+    fs::create_directories(row.run.At(row.folder));
+    if (mount("tmpfs", row.run.At(row.folder).c_str(), "tmpfs", 0, row.size) != 0) {
+      GTEST_SKIP() << "no tmpfs can be mounted here (needs root): " << std::strerror(errno);
+    }
+    testing::MakeApplication(row.run.At(kApplication), "1", 200);
+    Start(row.run, row.version);
   }
-  testing::MakeApplication(run.At(kApplication), "1", 200);
-  fs::create_directories(run.At("/home/Downloads"));
-  Start(run, "2.0.0");
-  const std::string errors = run.Finish();
-  EXPECT_NE(errors.find(kInstallFailed + " Velmaris application has not been updated."), std::string::npos) << errors;
-  EXPECT_EQ(testing::InstalledVersion(run.At(kApplication)), "1");
-  ExpectNothingLeft(run);
-  EXPECT_EQ(run.Opened(true), "opened 1\n");
-  umount2(applications.c_str(), MNT_DETACH);  // the re-opened application may still run from it
+  for (Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string errors = row.run.Finish();
+    EXPECT_NE(errors.find(row.reason), std::string::npos) << errors;
+    EXPECT_NE(errors.find(kInstallFailed + " Velmaris application has not been updated."), std::string::npos) << errors;
+    EXPECT_EQ(testing::InstalledVersion(row.run.At(kApplication)), "1");
+    ExpectNothingLeft(row.run);
+    EXPECT_EQ(row.run.Opened(true), "opened 1\n");
+    umount2(row.run.At(row.folder).c_str(), MNT_DETACH);  // the re-opened application may still run from it
+  }
 }
 
 }  // namespace
