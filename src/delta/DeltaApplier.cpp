@@ -84,7 +84,7 @@ std::string CheckRoom(const std::string& staging, const DeltaManifest& manifest)
   uint64_t needed = 0;
   for (const DeltaEntry& entry : manifest.entries) needed += entry.size;
   struct statvfs volume {};
-  const std::string parent = std::filesystem::path(staging).parent_path().string();
+  const std::string parent = std::filesystem::absolute(staging).parent_path().string();
   if (::statvfs(parent.c_str(), &volume) != 0) return Failure("the staging folder's volume can't be read");
   const uint64_t available = uint64_t{volume.f_bavail} * volume.f_frsize;
   if (needed > available) {
