@@ -319,6 +319,7 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
 
   sh.Execute(installation.copyApplication);
   if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte, "the copy of the new application failed");
+  // Back from the last step only with why it refused the staging folder.
   AbandonnerInstallation(
       sh, installation, bMonte,
       InstallerCopieEntrante(sh, installation, bMonte, {installation.removeOwnFolder, installation.removeDownloads}));
