@@ -4,9 +4,11 @@
 // got its headers), a body that goes to a file is exactly the bytes
 // announced by ReceiveProgress, with nothing of it kept in memory, and a
 // body without a length that ends with the connection is all the bytes
-// behind the header block's empty line.
+// behind the header block's empty line. Redirects followed and the
+// proxy's tunnel of an https request keep all of it.
 //
-// Input: three option bytes (file target, HEAD, how many challenges to
+// Input: three option bytes (file target, redirects followed and https
+// through a proxy's tunnel in its bits 0 to 2; HEAD; how many challenges to
 // answer), then deliveries, each a length byte and that many bytes; a
 // length of 0 is the server's close.
 
@@ -69,11 +71,15 @@ const std::string& TargetPath() {
 
 void Run(const uint8_t* data, size_t size) {
   Input input(data, size);
-  const bool toFile = (input.Byte() & 1) != 0;
+  const uint8_t options = input.Byte();
+  const bool toFile = (options & 1) != 0;
   const bool head = (input.Byte() & 1) != 0;
   int answers = input.Byte() % 4;
 
   FuzzedSocket socket;
+  socket.FollowRedirects = (options & 2) != 0;
+  const bool tunnel = (options & 4) != 0;
+  if (tunnel) socket.HTTPProxyAddress = "proxy.test";
   int completions = 0;
   std::string announced;
   // What the connection delivered, and whether its header block came without a length.
@@ -123,10 +129,11 @@ void Run(const uint8_t* data, size_t size) {
   socket.ProxyAuthenticationRequired = answer;
 
   const Ref<FolderItem> file = toFile ? New<FolderItem>(TargetPath(), FolderItem::PathModes::Shell) : nullptr;
-  socket.SendRequest(head ? "HEAD" : "GET", "http://example.test:8080/x?y", file);
+  socket.SendRequest(head ? "HEAD" : "GET", tunnel ? "https://example.test:8443/x?y" : "http://example.test:8080/x?y",
+                     file);
   socket.Accept();
   while (input.More()) {
-    if (socket.connecting) socket.Accept();  // the retry after an accepted challenge
+    if (socket.connecting) socket.Accept();  // a retry, a redirect, TLS on the tunnel
     const uint8_t length = input.Byte();
     if (length == 0) {
       ending = true;

@@ -17,6 +17,9 @@ class QtDialogPresenter : public DialogPresenter {
     if (!HasDisplay()) {
       std::cerr << "VelmarisMAJ: " << dialog.Message << (dialog.Explanation.empty() ? "" : " ") << dialog.Explanation
                 << std::endl;
+      for (const QString& line : QString::fromStdString(dialog.Details).split(u'\n', Qt::SkipEmptyParts)) {
+        std::cerr << "VelmarisMAJ: " << line.toStdString() << std::endl;
+      }
       return true;
     }
     const std::unique_ptr<QMessageBox> box = _NewMessageBox(dialog, window);
@@ -42,6 +45,7 @@ std::unique_ptr<QMessageBox> _NewMessageBox(const MessageDialog& dialog, QWidget
   box->setIcon(dialog.Icon == MessageDialog::kGraphicCaution ? QMessageBox::Warning : QMessageBox::Information);
   box->setText(QString::fromStdString(dialog.Message));
   box->setInformativeText(QString::fromStdString(dialog.Explanation));
+  if (!dialog.Details.empty()) box->setDetailedText(QString::fromStdString(dialog.Details));
   if (dialog.ActionButton->Visible) {
     box->setDefaultButton(
         box->addButton(QString::fromStdString(dialog.ActionButton->Caption), QMessageBox::AcceptRole));

@@ -27,6 +27,9 @@ class MessageDialog {
 
   std::string Message;
   std::string Explanation;
+  // Behind "Show Details..." where there is a display; without one, each of
+  // its lines follows the dialog's line on stderr.
+  std::string Details;
   int64_t Icon = kGraphicNote;
   Ref<MessageDialogButton> ActionButton = New<MessageDialogButton>(MessageDialogButton{"OK", true});
   Ref<MessageDialogButton> CancelButton = New<MessageDialogButton>(MessageDialogButton{"Cancel", false});

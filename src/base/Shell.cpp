@@ -3,6 +3,9 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <string>
+
+#include "base/UpdateLog.h"
 
 namespace velmaris {
 
@@ -50,7 +53,10 @@ std::unique_ptr<ShellExecutor>& CurrentExecutor() {
 
 }  // namespace
 
-void Shell::Execute(const std::string& command) { mErrorCode = CurrentExecutor()->Run(command); }
+void Shell::Execute(const std::string& command) {
+  mErrorCode = CurrentExecutor()->Run(command);
+  LogStep("command: " + command + " (exit status " + std::to_string(mErrorCode) + ")");
+}
 
 ScopedShellExecutor::ScopedShellExecutor(std::unique_ptr<ShellExecutor> executor)
     : mPrevious(std::move(CurrentExecutor())) {

@@ -9,10 +9,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
 #include <QHostAddress>
 #include <QHostInfo>
 #include <QList>
 #include <QSocketNotifier>
+#include <QSslSocket>
 #include <QTcpSocket>
 #include <QTimer>
 #include <algorithm>
@@ -22,12 +24,14 @@
 #include <utility>
 
 #include "base/Runtime.h"
+#include "base/TLSTrust.h"
 
 namespace velmaris {
 
 namespace {
 
 constexpr int kTickMilliseconds = 17;  // one sixtieth of a second, rounded up
+constexpr int64_t kTLSReadBufferSize = int64_t{64} * 1024;
 
 // Received data passes through blocks of up to kReadBufferSize, taken and
 // given back at the rate of the network. By default glibc maps the large ones
@@ -123,15 +127,21 @@ struct TCPSocket::Impl {
     bool sendComplete = false;
     bool error = false;
     int64_t errorCode = 0;
+    String errorMessage;
     bool Any() const { return nextAddress || connectionReady || connected || dataAvailable || sendComplete || error; }
   };
 
-  QTcpSocket socket;
-  // Declared after the socket so that it goes first: the connections and the
-  // queued deliveries that use it as context die before the socket does.
+  QTcpSocket plain;
+  // Made for each TLS connection, so that plain ones never load TLS.
+  std::unique_ptr<QSslSocket> secure;
+  // The one that carries the connection.
+  QTcpSocket* socket = &plain;
+  // Declared after the sockets so that it goes first: the connections and the
+  // queued deliveries that use it as context die before the sockets do.
   QObject context;
-  // The addresses of the host not tried yet.
+  // The addresses of the host not tried yet, and the one tried last.
   QList<QHostAddress> addresses;
+  QHostAddress tried;
   // A name lookup under way. One that is no longer wanted is left to finish
   // and its result ignored: aborting one leaks its callback in Qt.
   bool lookingUp = false;
@@ -145,25 +155,14 @@ struct TCPSocket::Impl {
   bool deliveryQueued = false;
   Pending pending;
   int64_t lastErrorCode = 0;
+  String lastErrorMessage;
+  // Why the certificate checks refused the server of the handshake under way.
+  String refusal;
 };
 
 TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
   KeepReceiveBlocksOnTheHeap();
-  d->socket.setReadBufferSize(kReadBufferSize);
-  QObject::connect(&d->socket, &QTcpSocket::readyRead, &d->context, [this] {
-    d->pending.dataAvailable = true;
-    _Schedule();
-  });
-  QObject::connect(&d->socket, &QTcpSocket::bytesWritten, &d->context, [this] {
-    if (d->socket.bytesToWrite() > 0) return;
-    d->pending.sendComplete = true;
-    _Schedule();
-  });
-  QObject::connect(&d->socket, &QTcpSocket::errorOccurred, &d->context, [this](QAbstractSocket::SocketError error) {
-    // A wait of Qt's own that ran out leaves the connection as it was.
-    if (error == QAbstractSocket::SocketTimeoutError && IsConnected()) return;
-    _Fail(ErrorCode(error));
-  });
+  _Attach(d->plain);
   d->connectLimit.setSingleShot(true);
   d->connectLimit.setTimerType(Qt::PreciseTimer);
   QObject::connect(&d->connectLimit, &QTimer::timeout, &d->context, [this] { _FailToConnect(ETIMEDOUT); });
@@ -171,7 +170,7 @@ TCPSocket::TCPSocket() : d(std::make_unique<Impl>()) {
 
 TCPSocket::~TCPSocket() { _StopConnecting(); }
 
-int64_t TCPSocket::BytesAvailable() const { return d->socket.bytesAvailable(); }
+int64_t TCPSocket::BytesAvailable() const { return d->socket->bytesAvailable(); }
 
 void TCPSocket::Close() {
   ++d->attempt;
@@ -180,14 +179,18 @@ void TCPSocket::Close() {
   d->addresses.clear();
   d->lookingUp = false;
   _StopConnecting();
-  d->socket.abort();
+  d->plain.abort();
+  if (d->secure) d->secure->abort();
+  d->socket = &d->plain;
 }
 
 void TCPSocket::Connect() {
   Close();
   d->lastErrorCode = 0;
+  d->lastErrorMessage = "";
   if (Port < 1 || Port > 65535) {
-    _Fail(ErrorCode(QAbstractSocket::SocketAddressNotAvailableError));
+    _Fail(ErrorCode(QAbstractSocket::SocketAddressNotAvailableError),
+          "no port to connect to on " + Address + " (" + Str(Port) + ")");
     return;
   }
   const QString host = QString::fromStdString(Address);
@@ -211,13 +214,15 @@ void TCPSocket::Connect() {
   _TryAddresses();
 }
 
-bool TCPSocket::IsConnected() const { return d->socket.state() == QAbstractSocket::ConnectedState; }
+bool TCPSocket::IsConnected() const { return d->socket->state() == QAbstractSocket::ConnectedState; }
 
 int64_t TCPSocket::LastErrorCode() const { return d->lastErrorCode; }
 
+String TCPSocket::LastErrorMessage() const { return d->lastErrorMessage; }
+
 String TCPSocket::Lookahead() {
-  if (!d->socket.isOpen()) return {};
-  const QByteArray bytes = d->socket.peek(d->socket.bytesAvailable());
+  if (!d->socket->isOpen()) return {};
+  const QByteArray bytes = d->socket->peek(d->socket->bytesAvailable());
   return {bytes.constData(), static_cast<size_t>(bytes.size())};
 }
 
@@ -227,23 +232,68 @@ void TCPSocket::Poll() {
 }
 
 void TCPSocket::Purge() {
-  if (d->socket.isOpen()) d->socket.skip(d->socket.bytesAvailable());
+  if (d->socket->isOpen()) d->socket->skip(d->socket->bytesAvailable());
 }
 
 String TCPSocket::Read(int64_t count) {
-  const int64_t available = d->socket.bytesAvailable();
+  const int64_t available = d->socket->bytesAvailable();
   const int64_t wanted = count < 1 ? available : std::min(count, available);
   if (wanted == 0) return {};
   String bytes(static_cast<size_t>(wanted), '\0');
-  const int64_t got = d->socket.read(bytes.data(), wanted);
+  const int64_t got = d->socket->read(bytes.data(), wanted);
   bytes.resize(static_cast<size_t>(std::max<int64_t>(got, 0)));
   return bytes;
 }
 
 String TCPSocket::ReadAll() { return Read(0); }
 
+// The connection passes to a TLS socket on a copy of its descriptor; the
+// plain one, closed, takes nothing with it: the peer sends no byte before
+// the handshake that the client begins.
+void TCPSocket::StartTLS(const String& hostName) {
+  TLSHostName = hostName;
+  const int descriptor = d->socket == &d->plain && IsConnected()
+                             ? fcntl(static_cast<int>(d->plain.socketDescriptor()), F_DUPFD_CLOEXEC, 0)
+                             : -1;
+  d->pending = {};
+  d->plain.abort();
+  if (descriptor == -1) {
+    _Fail(ErrorCode(QAbstractSocket::OperationError), "no connection to " + _Endpoint() + " to secure");
+    return;
+  }
+  _StartEncryption(descriptor);
+}
+
 void TCPSocket::Write(const String& bytes) {
-  if (IsConnected()) d->socket.write(bytes.data(), static_cast<qint64>(bytes.size()));
+  if (IsConnected()) d->socket->write(bytes.data(), static_cast<qint64>(bytes.size()));
+}
+
+// The events of a Qt socket become pending events of this one.
+void TCPSocket::_Attach(QTcpSocket& socket) {
+  socket.setReadBufferSize(kReadBufferSize);
+  QObject::connect(&socket, &QTcpSocket::readyRead, &d->context, [this] {
+    d->pending.dataAvailable = true;
+    _Schedule();
+  });
+  QObject::connect(&socket, &QTcpSocket::bytesWritten, &d->context, [this] {
+    if (d->socket->bytesToWrite() > 0) return;
+    d->pending.sendComplete = true;
+    _Schedule();
+  });
+  QObject::connect(&socket, &QTcpSocket::errorOccurred, &d->context, [this](QAbstractSocket::SocketError error) {
+    // A wait of Qt's own that ran out leaves the connection as it was.
+    if (error == QAbstractSocket::SocketTimeoutError && IsConnected()) return;
+    if (error == QAbstractSocket::SslHandshakeFailedError) {
+      _Fail(d->refusal != "" ? kCertificateRefused : ErrorCode(error),
+            d->refusal != ""
+                ? d->refusal
+                : "TLS handshake with " + TLSHostName + " failed: " + d->socket->errorString().toStdString());
+    } else if (error == QAbstractSocket::RemoteHostClosedError) {
+      _Fail(ErrorCode(error), "connection closed by " + _Endpoint());
+    } else {
+      _Fail(ErrorCode(error), d->socket->errorString().toStdString() + " (" + _Endpoint() + ")");
+    }
+  });
 }
 
 // Once the connection under way has an outcome: it stands and QTcpSocket
@@ -265,7 +315,11 @@ void TCPSocket::_CheckConnection() {
   d->connecting = -1;
   _StopConnecting();
   d->addresses.clear();
-  d->socket.setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
+  if (TLSHostName != "") {
+    _StartEncryption(descriptor);
+    return;
+  }
+  d->plain.setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
   d->pending.connected = true;
   _Schedule();
 }
@@ -273,7 +327,8 @@ void TCPSocket::_CheckConnection() {
 void TCPSocket::_ConnectToNextAddress() {
   _StopConnecting();
   int descriptor = -1;
-  const int error = StartConnect(d->addresses.takeFirst(), static_cast<uint16_t>(Port), &descriptor);
+  d->tried = d->addresses.takeFirst();
+  const int error = StartConnect(d->tried, static_cast<uint16_t>(Port), &descriptor);
   d->connecting = descriptor;
   if (error != 0) {
     _FailToConnect(error);
@@ -312,21 +367,38 @@ void TCPSocket::_Deliver() {
     } else {
       pending.error = false;
       d->lastErrorCode = pending.errorCode;
+      d->lastErrorMessage = pending.errorMessage;
       Event_Error();
     }
   }
 }
 
-void TCPSocket::_Fail(int64_t code) {
+String TCPSocket::_Endpoint() const {
+  const String port = ":" + Str(Port);
+  if (d->tried.isNull()) return Address + port;
+  const String tried = d->tried.protocol() == QAbstractSocket::IPv6Protocol
+                           ? "[" + d->tried.toString().toStdString() + "]"
+                           : d->tried.toString().toStdString();
+  return QHostAddress(QString::fromStdString(Address)).isNull() ? Address + port + " (" + tried + ")" : tried + port;
+}
+
+void TCPSocket::_Fail(int64_t code, const String& message) {
   d->pending.error = true;
   d->pending.errorCode = code;
+  d->pending.errorMessage = message;
   _Schedule();
 }
 
 void TCPSocket::_FailToConnect(int error) {
   _StopConnecting();
   if (d->addresses.isEmpty()) {
-    _Fail(ErrorCode(ConnectError(error)));
+    String message = "cannot connect to " + _Endpoint() + ": " + std::strerror(error);
+    if (error == ECONNREFUSED) message = "connection refused by " + _Endpoint();
+    if (error == ETIMEDOUT) {
+      message =
+          "no answer from " + _Endpoint() + " within " + Format(static_cast<double>(ConnectLimit) / 1000, "0.#") + " s";
+    }
+    _Fail(ErrorCode(ConnectError(error)), message);
   } else {
     d->pending.nextAddress = true;
     _Schedule();
@@ -336,7 +408,7 @@ void TCPSocket::_FailToConnect(int error) {
 // The addresses of the host are known: the first is tried, or the host is not found.
 void TCPSocket::_TryAddresses() {
   if (d->addresses.isEmpty()) {
-    _Fail(ErrorCode(QAbstractSocket::HostNotFoundError));
+    _Fail(ErrorCode(QAbstractSocket::HostNotFoundError), "no address for " + Address);
   } else {
     d->pending.nextAddress = true;
     _Schedule();
@@ -356,6 +428,36 @@ void TCPSocket::_Schedule() {
         _CallFunctionWithExceptionHandling([this] { _Deliver(); });
       },
       Qt::QueuedConnection);
+}
+
+// The TLS socket takes the connection over and begins the handshake;
+// Connected comes with its end.
+void TCPSocket::_StartEncryption(int descriptor) {
+  if (!QSslSocket::supportsSsl()) {
+    ::close(descriptor);
+    _Fail(ErrorCode(QAbstractSocket::SslInternalError), "TLS is not available here (no TLS library for Qt)");
+    return;
+  }
+  // A TLS socket once encrypted can't start another handshake: each
+  // connection gets a new one.
+  d->socket = &d->plain;
+  d->secure = std::make_unique<QSslSocket>();
+  _Attach(*d->secure);
+  // Encrypted and decrypted bytes are held apart, and read in blocks of
+  // the buffer's size; smaller buffers keep the memory of TLS small.
+  d->secure->setReadBufferSize(kTLSReadBufferSize);
+  QObject::connect(d->secure.get(), &QSslSocket::encrypted, &d->context, [this] {
+    d->pending.connected = true;
+    _Schedule();
+  });
+  QObject::connect(d->secure.get(), &QSslSocket::sslErrors, &d->context,
+                   [this](const QList<QSslError>& errors) { d->refusal = CertificateRefusal(errors, TLSHostName); });
+  d->refusal = "";
+  d->socket = d->secure.get();
+  d->secure->setSslConfiguration(TrustedConfiguration());
+  d->secure->setPeerVerifyName(QString::fromStdString(TLSHostName));
+  d->secure->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, QIODevice::ReadWrite);
+  d->secure->startClientEncryption();
 }
 
 void TCPSocket::_StopConnecting() {
@@ -387,14 +489,24 @@ void TCPSocket::_WaitForActivity() {
     return;
   }
   if (!IsConnected()) return;
-  descriptor = {static_cast<int>(d->socket.socketDescriptor()), 0, 0};
+  if (d->socket == d->secure.get()) {
+    // The TLS socket posts its further work (decrypting what it holds,
+    // sending what was written) to itself; without an event loop it is run here.
+    QCoreApplication::sendPostedEvents(d->secure.get(), QEvent::MetaCall);
+    if (!d->secure->isEncrypted()) {
+      // The handshake's messages go both ways; Qt's own wait moves them on.
+      d->secure->waitForEncrypted(kTickMilliseconds);
+      return;
+    }
+  }
+  descriptor = {static_cast<int>(d->socket->socketDescriptor()), 0, 0};
   if (BytesAvailable() < kReadBufferSize) descriptor.events |= POLLIN;
-  if (d->socket.bytesToWrite() > 0) descriptor.events |= POLLOUT;
+  if (d->socket->bytesToWrite() > 0) descriptor.events |= POLLOUT;
   if (poll(&descriptor, 1, kTickMilliseconds) < 1) return;
   if ((descriptor.revents & ~POLLOUT) != 0) {
-    d->socket.waitForReadyRead(0);
+    d->socket->waitForReadyRead(0);
   } else {
-    d->socket.waitForBytesWritten(0);
+    d->socket->waitForBytesWritten(0);
   }
 }
 

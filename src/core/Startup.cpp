@@ -10,6 +10,7 @@
 #include "base/Runtime.h"
 #include "base/System.h"
 #include "base/Translations.h"
+#include "base/UpdateLog.h"
 #include "core/VelmarisMAJ.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/MainMenuBar.h"
@@ -62,6 +63,10 @@ void RuntimeInit(int argc, char** argv) {
 void RuntimePerformInitializers() {
   InstallUserTranslation();
   CatchEndSignals(FileQuit_Action);
+  OpenUpdateLog();
+  LogStep("VelmarisMAJ " + std::to_string(Application::MajorVersion()) + "." +
+          std::to_string(Application::MinorVersion()) + "." + std::to_string(Application::NonReleaseVersion()) +
+          " started: " + System::CommandLine());
 }
 
 void _RuntimeSetExceptionHelper() {}
@@ -80,6 +85,7 @@ void _RuntimeRun() {
 }
 
 void RuntimePerformFinalizers() {
+  LogStep("end of the run");
   _ReleaseFenetreTelechargement();
   _RuntimeRegisterAppObject(nullptr);
   _ReleaseMainMenuBar();

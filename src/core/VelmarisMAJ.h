@@ -29,6 +29,8 @@ class VelmarisMAJ : public Application {
   std::string strMAJGlobal;
   bool bSauvegardeDB = false;
   bool bMAJ = false;
+  // The reason that the next dialog gives; see NoterRaison.
+  std::string strRaisonEchec;
 
   // Launch arguments (Arguments.cpp).
   std::string RetournerValeurArgument(const std::string& key);
@@ -53,6 +55,13 @@ class VelmarisMAJ : public Application {
   int64_t SupprimerFichier(const std::string& path);
   // True when the copy reports no error.
   bool CopierFichier(const Ref<FolderItem>& source, const Ref<FolderItem>& destination);
+
+  // The update log and the reasons of failures (DialogAndWait.cpp).
+  void Journaliser(const std::string& etape);
+  // Why the job fails, in words that tell what to do: into the log at once,
+  // and into the next dialog, behind its "Show Details..." with the log's
+  // path (headless, on stderr behind the dialog's line).
+  void NoterRaison(const std::string& raison);
 
   // The one dialog and the one wait (DialogAndWait.cpp).
   void AfficherMessage(const std::string& message, const std::string& explanation, bool caution);

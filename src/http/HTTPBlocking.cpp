@@ -62,7 +62,8 @@ void HTTPSocket::WaitForPage() {
     RuntimeBackgroundTask();
   }
   Close();
-  SetError(-1);
+  _Fail(-1,
+        "nothing came from " + (_proxy != "" ? "the proxy " + _proxy : _server) + " for " + Str(timeoutSeconds) + " s");
 }
 
 // A blocking request starts from an empty page, so that a failure can't
@@ -72,7 +73,7 @@ bool HTTPSocket::_Blocking(const String& method, const String& url, const Ref<Fo
   timeoutSeconds = timeout;
   synchronous = true;
   _ResetVariables();
-  _DoConnect(url, method, file);
+  _StartRequest(url, method, file);
   if (mErrorCode != 0) return false;
   WaitForPage();
   return mErrorCode == 0;

@@ -1,4 +1,6 @@
 // From a URL to the request on the wire, and the download target.
+#include "base/Crypto.h"
+#include "base/ProxySettings.h"
 #include "base/TextOutputStream.h"
 #include "http/HTTPSocket.h"
 
@@ -24,6 +26,12 @@ int64_t PortOf(const String& server) {
 }  // namespace
 
 void HTTPSocket::Event_Connected() {
+  // A connection to the proxy asks for the tunnel first; the request waits
+  // for the TLS on it.
+  if (_tunnel != "") {
+    _SendTunnelRequest();
+    return;
+  }
   _connectionValid = true;
   _ResetVariables();
   if (!synchronous && Connected) Connected(*this);
@@ -44,16 +52,42 @@ void HTTPSocket::_DoConnect(const String& url, const String& action, const Ref<F
   Close();
   Purge();
   mErrorCode = 0;
+  _errorMessage = "";
   _ParseURL(url);
   _processingURL = url;
   if (!_SetDownloadFile(file)) return;
-  if (HTTPProxyAddress != "") {
-    Address = Unbracketed(HTTPProxyAddress);
-    Port = HTTPProxyPort;
-    if (Port == 0) Port = _DefaultPort;
-  }
+  _ChooseProxy();
   _httpAction = action;
   Connect();
+}
+
+void HTTPSocket::_ChooseProxy() {
+  const String host = Address;
+  const int64_t port = Port;
+  ProxyServer proxy;
+  if (HTTPProxyAddress != "") {
+    proxy.host = Unbracketed(HTTPProxyAddress);
+    proxy.port = HTTPProxyPort;
+  } else if (UseSystemProxy) {
+    proxy = ProxyFor(_secure ? "https" : "http", host);
+  }
+  _proxy = "";
+  _proxyCredentials = "";
+  _tunnel = "";
+  TLSHostName = _secure ? host : "";
+  if (proxy.host == "") return;
+  Address = proxy.host;
+  Port = proxy.port;
+  if (Port == 0) Port = _DefaultPort;
+  _proxy = (Address.find(':') != String::npos ? "[" + Address + "]" : Address) + ":" + Str(Port);
+  if (proxy.user != "") _proxyCredentials = "Basic " + EncodeBase64(proxy.user + ":" + proxy.password, 0);
+  if (_secure) {
+    TLSHostName = "";
+    _tunnelHost = host;
+    _tunnel = (host.find(':') != String::npos ? "[" + host + "]" : host) + ":" + Str(port);
+  } else if (_proxyAuthenticationKey == "") {
+    _proxyAuthenticationKey = _proxyCredentials;
+  }
 }
 
 void HTTPSocket::_InitializeRequestHeaders() {
@@ -75,17 +109,23 @@ void HTTPSocket::_KillDownloadStream() {
 
 // Nothing is checked or decoded: whatever stands before "://" goes, the rest
 // up to the first "/" is the server, and the path keeps its query and fragment.
-// The server, brackets and all, is what the Host header carries.
+// The server, brackets and all, is what the Host header carries. Only
+// "https" counts of the scheme: TLS, on port 443 unless the URL names one.
+// The port of an earlier https URL never carries over to a plain one.
 void HTTPSocket::_ParseURL(const String& url) {
   const size_t scheme = url.find("://");
   const String rest = scheme == String::npos ? url : url.substr(scheme + 3);
+  const bool wasSecure = _secure;
+  _secure = scheme != String::npos && TextEquals(url.substr(0, scheme), "https");
   _server = NthField(rest, "/", 1);
   _path = rest.substr(_server.size());
   if (_path == "") _path = "/";
   const int64_t port = PortOf(_server);
   if (port != 0) {
     Port = port;
-  } else if (Port == 0) {
+  } else if (_secure) {
+    Port = kTLSPort;
+  } else if (Port == 0 || wasSecure) {
     Port = _DefaultPort;
   }
   Address = Bracketed(_server) ? Unbracketed(_server) : NthField(_server, ":", 1);
@@ -100,9 +140,15 @@ void HTTPSocket::_SendRequest(const String& action) {
     _postContent = "";
     _postContentType = "";
   }
-  if (Trim(_postContentType) != "") SetRequestHeader("Content-type", _postContentType);
-  if (_postContent != "") SetRequestHeader("Content-length", Str(LenB(_postContent)));
-  if (HTTPProxyAddress != "") _path = _processingURL;
+  const String content = _withoutBody ? "" : _postContent;
+  if (_withoutBody) {
+    SetRequestHeader("Content-type", "");
+  } else if (Trim(_postContentType) != "") {
+    SetRequestHeader("Content-type", _postContentType);
+  }
+  if (content != "") SetRequestHeader("Content-length", Str(LenB(content)));
+  // Through a tunnel the origin gets the request as it would straight.
+  if (_proxy != "" && !_secure) _path = _processingURL;
   String text = action + " " + _path + " HTTP/" + Str(1.0, "0.0") + kCRLF + requestHeaders->_FormatHTTPHeaders();
   // Credentials go out with this one request only.
   if (_authenticationKey != "") {
@@ -113,7 +159,7 @@ void HTTPSocket::_SendRequest(const String& action) {
     SetRequestHeader("Proxy-Authorization", "");
     _proxyAuthenticationKey = "";
   }
-  text += kCRLF + kCRLF + _postContent;
+  text += kCRLF + kCRLF + content;
   Write(text);
   SetRequestHeader("Content-length", "");
 }
@@ -123,20 +169,21 @@ void HTTPSocket::_SendRequest(const String& action) {
 bool HTTPSocket::_SetDownloadFile(const Ref<FolderItem>& file) {
   _KillDownloadStream();
   if (file.IsNil()) return true;
+  const String unusable = "the download file " + file->NativePath() + " can't be written";
   if (file->Exists() && file->Directory()) {
-    SetError(1);
+    _Fail(1, unusable + " (a folder stands there)");
     return false;
   }
   const Ref<TextOutputStream> emptied = file->CreateTextFile();
   if (emptied.IsNil()) {
-    SetError(1);
+    _Fail(1, unusable);
     return false;
   }
   emptied->Close();
   try {
     _downloadStream = BinaryStream::Create(file, true);
   } catch (const IOException&) {
-    SetError(1);
+    _Fail(1, unusable);
     return false;
   }
   _downloadFile = file;

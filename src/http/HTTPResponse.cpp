@@ -32,14 +32,20 @@ bool IsChallenge(int64_t status) { return status == 401 || status == 407; }
 
 }  // namespace
 
-void HTTPSocket::Event_DataAvailable() { _HandleNewData(); }
+void HTTPSocket::Event_DataAvailable() {
+  if (_tunnel != "") {
+    _ReadTunnelAnswer();
+    return;
+  }
+  _HandleNewData();
+}
 
 void HTTPSocket::Event_Error() {
   const bool old = _connectionValid;
   _connectionValid = false;
   if (!old) {
     // The connection never stood: the one way a socket failure becomes an Error.
-    SetError(LastErrorCode());
+    _Fail(LastErrorCode(), LastErrorMessage());
     return;
   }
   if (threadProtection) {
@@ -81,7 +87,12 @@ void HTTPSocket::_HandleNewData() {
 void HTTPSocket::_ParseHeaders(const String& text) {
   const String eol = _DetermineEOLCharacter(text);
   _pageHeaders = New<InternetHeaders>();
-  _httpStatusCode = ToInteger(Val(NthField(NthField(text, eol, 1), " ", 2)));
+  const String statusLine = NthField(text, eol, 1);
+  _httpStatusCode = ToInteger(Val(NthField(statusLine, " ", 2)));
+  // "HTTP/1.0 404 Not Found": what follows the second blank.
+  const size_t code = statusLine.find(' ');
+  const size_t phrase = code == String::npos ? String::npos : statusLine.find(' ', code + 1);
+  _httpReasonPhrase = phrase == String::npos ? "" : Trim(statusLine.substr(phrase + 1));
   _pageHeaders->_ParseHeaders(text);
   if (_pageHeaders->NameCount("Content-length") >= 1) {
     _totalLength = ToInteger(Val(_pageHeaders->Value("Content-length")));
@@ -187,7 +198,7 @@ void HTTPSocket::_ReadResponse() {
     _DoConnect(url, action, file);
     return;
   }
-  if (connects != _connectCount) return;
+  if (connects != _connectCount || _FollowRedirect()) return;
   if (!synchronous && HeadersReceived) {
     const Ref<InternetHeaders> headers = _pageHeaders;
     HeadersReceived(*this, headers, _httpStatusCode);

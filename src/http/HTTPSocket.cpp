@@ -13,6 +13,8 @@ void HTTPSocket::ClearRequestHeaders() { requestHeaders->DeleteAllHeaders(); }
 
 int64_t HTTPSocket::ErrorCode() const { return mErrorCode; }
 
+String HTTPSocket::ErrorMessage() const { return mErrorCode == 0 ? "" : _errorMessage; }
+
 void HTTPSocket::Get(const String& url) { Get(url, Ref<FolderItem>()); }
 
 void HTTPSocket::Get(const String& url, const Ref<FolderItem>& file) { SendRequest("GET", url, file); }
@@ -20,6 +22,8 @@ void HTTPSocket::Get(const String& url, const Ref<FolderItem>& file) { SendReque
 void HTTPSocket::GetHeaders(const String& url) { SendRequest("HEAD", url); }
 
 int64_t HTTPSocket::HTTPStatusCode() const { return _httpStatusCode; }
+
+String HTTPSocket::HTTPReasonPhrase() const { return _httpReasonPhrase; }
 
 Ref<InternetHeaders> HTTPSocket::PageHeaders() const {
   if (!_pageHeaders.IsNil() && _pageHeaders->Count() != 0) return _pageHeaders;
@@ -34,7 +38,7 @@ void HTTPSocket::SendRequest(const String& method, const String& url) { SendRequ
 
 void HTTPSocket::SendRequest(const String& method, const String& url, const Ref<FolderItem>& file) {
   synchronous = false;
-  _DoConnect(url, method, file);
+  _StartRequest(url, method, file);
 }
 
 void HTTPSocket::SetRequestHeader(const String& name, const String& value) {
@@ -53,6 +57,11 @@ void HTTPSocket::SetError(int64_t code) {
   if (!synchronous && Error) Error(*this, code);
 }
 
+void HTTPSocket::_Fail(int64_t code, const String& message) {
+  _errorMessage = message;
+  SetError(code);
+}
+
 // Run by the constructor and at the start of every connection. The request's
 // own fields (action, URL, body, credentials, download target) stay.
 void HTTPSocket::_ResetVariables() {
@@ -66,6 +75,7 @@ void HTTPSocket::_ResetVariables() {
   // A response's length comes from its own headers, never from the last one's.
   _contentlength = 0;
   _httpStatusCode = 0;
+  _httpReasonPhrase = "";
   _totalLength = 0;
   _currentLength = 0;
   _pageComplete = false;

@@ -7,13 +7,22 @@
 // the same machinery in WaitForPage with the events silenced, except the two
 // that ask for credentials.
 //
+// "https://" URLs go over TLS (port 443 by default), the certificate checked
+// against the trusted authorities and the host name. Through a proxy, plain
+// http asks the proxy with the absolute URL, https through a CONNECT tunnel.
+// With FollowRedirects, a 3xx answer leads to a new request at its Location.
+//
 // ErrorCode: 0 no error, 1 an unusable download file, -1 the blocking form's
-// limit passed, anything else the socket's code of a connection that never
-// stood. An HTTP status is never an error, and neither is a connection lost
-// after it stood: that ends the page with what arrived.
+// limit passed, 2 to 6 the client's own failures below, anything else (100
+// and above) the socket's code of a connection that never stood, among them
+// TCPSocket::kCertificateRefused (130) and a failed TLS handshake (113).
+// ErrorMessage says why in words. An HTTP status is never an error, and
+// neither is a connection lost after it stood: that ends the page with what
+// arrived.
 
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "base/BinaryStream.h"
 #include "base/Dictionary.h"
@@ -31,6 +40,15 @@ class HTTPSocket : public TCPSocket {
   // Past this many buffered bytes without the empty line that ends a header
   // block, the block can never end: the socket's buffer holds no more.
   static constexpr int64_t kHeaderLimit = kReadBufferSize;
+  static constexpr int64_t kTLSPort = 443;
+  // Redirects followed in one request at most; the next one is an error.
+  static constexpr int64_t kMostRedirects = 10;
+  // ErrorCode of the client's own failures.
+  static constexpr int64_t kTooManyRedirects = 2;
+  static constexpr int64_t kRedirectLoop = 3;
+  static constexpr int64_t kRedirectDowngrade = 4;    // from https to http
+  static constexpr int64_t kTunnelRefused = 5;        // CONNECT answered with another status than 2xx or 407
+  static constexpr int64_t kProxyAuthentication = 6;  // CONNECT answered with 407 (or 401)
 
   HTTPSocket();
 
@@ -38,6 +56,18 @@ class HTTPSocket : public TCPSocket {
   String HTTPProxyAddress;
   // 0 falls back to the default port.
   int64_t HTTPProxyPort = 0;
+  // Follows 301, 302, 303, 307 and 308 to their Location, absolute or
+  // relative, up to kMostRedirects times; a 303 goes on as a GET without the
+  // body. A redirect to a URL already visited, one too many, or one from
+  // https to http ends the request with an error instead. The followed
+  // answers raise no event but Connected. Off: a 3xx page is delivered as it
+  // came.
+  bool FollowRedirects = false;
+  // With HTTPProxyAddress empty, each request, and each redirect of it, goes
+  // through the proxy that ProxyFor names for its URL (the environment's
+  // http_proxy, https_proxy and no_proxy, or macOS's settings), with the
+  // proxy's credentials as Basic.
+  bool UseSystemProxy = false;
   // The headers of the next request; they outlive requests.
   Ref<InternetHeaders> requestHeaders;
   // Lets WaitForPage run the application's event loop.
@@ -71,6 +101,8 @@ class HTTPSocket : public TCPSocket {
   // "name=value" pairs joined by "&", both escaped by _EncodeURLString.
   virtual String EncodeFormData(const Ref<Dictionary>& form);
   virtual int64_t ErrorCode() const;
+  // Why the request failed, naming the host or the proxy; "" when ErrorCode is 0.
+  virtual String ErrorMessage() const;
   virtual void Get(const String& url);
   virtual void Get(const String& url, const Ref<FolderItem>& file);
   // True when ErrorCode is 0, a 404 included.
@@ -80,6 +112,8 @@ class HTTPSocket : public TCPSocket {
   virtual void GetHeaders(const String& url);
   virtual Ref<InternetHeaders> GetHeaders(const String& url, int64_t timeout);
   virtual int64_t HTTPStatusCode() const;
+  // The words behind the status on the status line ("Not Found"); "" before a response.
+  virtual String HTTPReasonPhrase() const;
   // nil before a response, and for one without header lines.
   virtual Ref<InternetHeaders> PageHeaders() const;
   virtual void Post(const String& url);
@@ -100,6 +134,9 @@ class HTTPSocket : public TCPSocket {
 
   // The internal operations, public as the underscore says.
   Ref<InternetHeaders> GetRequestHeaders() const;
+  // The proxy of the hop to the URL that _ParseURL took apart: Address and
+  // Port become the proxy's, and an https URL will go through a tunnel.
+  void _ChooseProxy();
   void SetError(int64_t code);
   void WaitForPage();
   String _CreateAuthenticationData(const String& scheme, const String& name, const String& password,
@@ -122,6 +159,9 @@ class HTTPSocket : public TCPSocket {
   void _SendRequest(const String& action);
   bool _SetAuthentication(const String& prefix);
   bool _SetDownloadFile(const Ref<FolderItem>& file);
+  // True when the answer was a redirect that is followed, or refused with an
+  // error; false leaves it to be delivered as it came.
+  bool _FollowRedirect();
 
  protected:
   void Event_Connected() override;
@@ -142,6 +182,7 @@ class HTTPSocket : public TCPSocket {
   Ref<BinaryStream> _downloadStream;
   String _httpAction;
   int64_t _httpStatusCode = 0;
+  String _httpReasonPhrase;
   String _lastServerNonce;
   Ref<Dictionary> _Nonces;
   Ref<MemoryBlock> _pageBuffer;
@@ -159,8 +200,14 @@ class HTTPSocket : public TCPSocket {
  private:
   bool _Blocking(const String& method, const String& url, const Ref<FolderItem>& file, int64_t timeout);
   void _ConnectionEnded();
+  // Ends the request with that error, in code and in words.
+  void _Fail(int64_t code, const String& message);
   String _PageText() const;
   void _ReadResponse();
+  void _ReadTunnelAnswer();
+  void _SendTunnelRequest();
+  // A request of the caller's, as the start of a chain of redirects.
+  void _StartRequest(const String& url, const String& action, const Ref<FolderItem>& file);
 
   // Counts _DoConnect calls: a handler that started a request has dropped
   // the one whose event it handled.
@@ -169,6 +216,21 @@ class HTTPSocket : public TCPSocket {
   // threadProtection was set; handled once the running call is done.
   bool _dataPending = false;
   bool _endPending = false;
+  String _errorMessage;
+  // The URLs of the request so far, the caller's first, with their scheme.
+  std::vector<String> _redirects;
+  // A 303 made a GET of the request: no body and no type go out.
+  bool _withoutBody = false;
+  // The hop's URL is https.
+  bool _secure = false;
+  // The hop goes through a proxy, "host:port" for the messages.
+  String _proxy;
+  // "Basic ..." for the hop's proxy, from the proxy's settings.
+  String _proxyCredentials;
+  // While the proxy's tunnel is asked for: "host:port" of CONNECT, and the
+  // host that the TLS on it is for.
+  String _tunnel;
+  String _tunnelHost;
 };
 
 }  // namespace velmaris

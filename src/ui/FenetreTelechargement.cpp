@@ -124,7 +124,7 @@ void FenetreTelechargement::_CreateControls0() {
   };
   Downloader().Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
   mSurveillanceTelechargement.Action = [this](Timer& sender) {
-    AbandonnerTelechargement("the download failed: nothing arrived for " +
+    AbandonnerTelechargement("the download failed: nothing arrived from " + mURLTelechargement + " for " +
                              Format(static_cast<double>(sender.Period()) / 1000.0, "0.#") + " s");
   };
 

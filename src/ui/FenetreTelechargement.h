@@ -114,6 +114,9 @@ class FenetreTelechargement : public Window {
   bool mInstallationEnCours = false;
   // The body bytes of the download under way, as they arrived.
   int64_t mOctetsRecus = 0;
+  // Its URL and its start, in ticks.
+  std::string mURLTelechargement;
+  int64_t mDebutTelechargement = 0;
   // The archive or the delta is in, and its signature is coming.
   bool mSignatureEnCours = false;
   // The version that the installed application's Info.plist names.

@@ -44,6 +44,7 @@ void RestaurerBase(Window& fenetre, Shell& sh) {
   VelmarisMAJ& app = App();
   const std::string strSauvegarde = app.RetournerValeurArgument("SAUVEDB");
   const std::string ouvrirApplication = "open \"" + app.RetournerCheminApplication() + "\"";
+  app.Journaliser("database job: the backup " + strSauvegarde + " of " + app.strCheminAppData + "/Velmaris.sqlite");
   try {
     app.PatienterSecondes(2);
     fenetre.SetTitle(Strings::kTitreFenetreRestaurerDB());
@@ -93,7 +94,9 @@ void FenetreTelechargement::TimerQuit_Action(Timer& /*sender*/) {
   App().strCheminApp = App().RetournerCheminApplication();
   // Two runs on one application would undo each other's work.
   if (!App().VerrouillerApplication()) {
-    std::cerr << "VelmarisMAJ: another VelmarisMAJ is at work on " << App().strCheminApp << "; this one ends.\n";
+    const std::string raison = "another VelmarisMAJ is at work on " + App().strCheminApp + "; this one ends.";
+    std::cerr << "VelmarisMAJ: " << raison << "\n";
+    App().Journaliser(raison);
     Quit(0);
   }
   if (App().strCheminApp != "") DeterminerChemins();

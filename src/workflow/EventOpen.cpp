@@ -28,6 +28,19 @@ bool RepAppDonne() {
   return strRepApp != "" && CheminSurEntreGuillemets(strRepApp) && App().LigneDeCommandeSure();
 }
 
+// Why the launch selects no job, in the terms of its arguments.
+std::string RaisonSansTache() {
+  VelmarisMAJ& app = App();
+  const std::string strRepApp = app.RetournerValeurArgument("REPAPP");
+  if (!IsValidUTF8(System::CommandLine())) return "the command line is not valid UTF-8";
+  if (!app.LigneDeCommandeSure()) return "a value of the command line holds \"--\" and was cut there";
+  if (strRepApp == "") return "no application was given (--REPAPP:)";
+  if (!CheminSurEntreGuillemets(strRepApp)) {
+    return "the application's path is not an absolute path free of \", $, `, \\ and line ends: " + Left(strRepApp, 200);
+  }
+  return "neither --SAUVEDB: nor --MAJ: names a job";
+}
+
 }  // namespace
 
 void FenetreTelechargement::Event_Open() {
@@ -56,7 +69,10 @@ void FenetreTelechargement::Event_Open() {
     App().bMAJ = true;
     bModeChoisi = true;
   }
-  if (!bModeChoisi) App().bQuit = true;
+  if (!bModeChoisi) {
+    App().bQuit = true;
+    App().NoterRaison(RaisonSansTache());
+  }
 
   TimerQuit().SetMode(1);
 }

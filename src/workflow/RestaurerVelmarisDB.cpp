@@ -10,7 +10,6 @@
 #include <ctime>
 #include <filesystem>
 #include <functional>
-#include <iostream>
 #include <utility>
 #include <vector>
 
@@ -91,15 +90,17 @@ class RetourArriere {
     return true;
   }
 
-  // The copy has taken the place: the old files become the dated copy.
-  void Valider(const std::string& strCheminBase) {
+  // The copy has taken the place: the old files become the dated copy,
+  // whose path it gives ("" when there were none).
+  std::string Valider(const std::string& strCheminBase) {
     mValide = true;
-    if (mMisDeCote.empty()) return;
+    if (mMisDeCote.empty()) return "";
     const std::string datee = CheminCopieDatee(strCheminBase);
     for (auto& [fichier, deCote] : mMisDeCote) {
       deCote->MoveFileTo(Fichier(datee + fichier->NativePath().substr(strCheminBase.size())));
     }
     ElaguerCopiesDatees(strCheminBase);
+    return datee;
   }
 
  private:
@@ -143,21 +144,21 @@ bool VelmarisMAJ::RestaurerVelmarisDB(const std::string& sauvegarde) {
       // here, before anything has gone.
       const std::string strCheminSauvegarde = strCheminData + "/" + sauvegarde;
       if (!CopierFichier(Fichier(strCheminSauvegarde), copie)) {
-        std::cerr << "VelmarisMAJ: the backup " << strCheminSauvegarde << " can't be read; the live database is kept\n";
+        NoterRaison("the backup " + strCheminSauvegarde + " can't be read; the live database is kept");
         return false;
       }
       const String defaut = SQLiteDatabaseDefect(copie->NativePath());
       if (defaut != "") {
-        std::cerr << "VelmarisMAJ: the backup " << strCheminSauvegarde << " is no whole SQLite database (" << defaut
-                  << "); the live database is kept\n";
+        NoterRaison("the backup " + strCheminSauvegarde + " is no whole SQLite database (" + defaut +
+                    "); the live database is kept");
         return false;
       }
     }
     // The main application may still be ending: its last write goes in first.
     for (int64_t seconde = 0; SQLiteWriteInProgress(strCheminBase); ++seconde) {
       if (seconde == kSecondesEcritureMaximum) {
-        std::cerr << "VelmarisMAJ: " << strCheminBase << " is still being written to after " << kSecondesEcritureMaximum
-                  << " s; it is kept\n";
+        NoterRaison(strCheminBase + " is still being written to after " + std::to_string(kSecondesEcritureMaximum) +
+                    " s; it is kept");
         return false;
       }
       PatienterSecondes(1);
@@ -168,9 +169,14 @@ bool VelmarisMAJ::RestaurerVelmarisDB(const std::string& sauvegarde) {
     PatienterSecondes(1);
     if (!bInit) {
       copie->MoveFileTo(base);
-      if (copie->LastErrorCode() != 0) return false;
+      if (copie->LastErrorCode() != 0) {
+        NoterRaison("the backup could not take the place of " + strCheminBase + "; the live database is kept");
+        return false;
+      }
     }
-    retour.Valider(strCheminBase);
+    const std::string datee = retour.Valider(strCheminBase);
+    Journaliser(std::string(bInit ? "the database is removed" : "the backup is in place") +
+                (datee != "" ? "; what stood at " + strCheminBase + " is kept as " + datee : ""));
     return true;
   } catch (const IOException&) {
     return false;

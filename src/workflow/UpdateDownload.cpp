@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "base/Clock.h"
 #include "base/FolderItem.h"
 #include "base/InfoPlist.h"
 #include "base/Minisign.h"
@@ -24,11 +25,14 @@ namespace velmaris {
 
 namespace {
 
-// The update server; VELMARIS_UPDATE_HOST (a host, or host:port) overrides
-// the one the tool was built with.
+// The update server with its scheme; VELMARIS_UPDATE_HOST (a host, or
+// host:port, with or without "http://" or "https://" in front) overrides
+// the one the tool was built with. Without a scheme it is plain http.
 String ServeurMiseAJour() {
-  const String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
-  return host != "" ? host : VELMARIS_DEFAULT_UPDATE_HOST;
+  String host = System::EnvironmentVariable("VELMARIS_UPDATE_HOST");
+  if (host == "") host = VELMARIS_DEFAULT_UPDATE_HOST;
+  while (host.ends_with('/')) host.pop_back();
+  return host.find("://") != String::npos ? host : "http://" + host;
 }
 
 // The version goes unquoted into file names and command lines: nothing
@@ -61,15 +65,23 @@ const String kExtensionSignature = ".minisig";
 
 // Why what arrived is not the archive, or "" when it is: the whole body of
 // a 200 answer, every byte of it written.
-String DefautTelechargement(int64_t httpStatus, const Ref<InternetHeaders>& headers, int64_t recus,
-                            const Ref<FolderItem>& fichier) {
-  if (httpStatus != 200) return "the server answered " + Str(httpStatus) + " instead of 200";
+String DefautTelechargement(const String& url, int64_t httpStatus, const String& phrase,
+                            const Ref<InternetHeaders>& headers, int64_t recus, const Ref<FolderItem>& fichier) {
+  if (httpStatus == 407) return url + ": the proxy asks for credentials (407)";
+  if (httpStatus != 200) {
+    return url + ": " + (httpStatus == 0 ? "no HTTP answer" : Str(httpStatus)) + (phrase == "" ? "" : " " + phrase);
+  }
   if (!headers.IsNil() && headers->_HasHeader("Content-Length")) {
     const int64_t annonce = ToInteger(Val(headers->Value("Content-Length")));
-    if (recus != annonce) return "the connection ended after " + Str(recus) + " of " + Str(annonce) + " bytes";
+    if (recus != annonce) {
+      return url + ": the connection ended after " + Str(recus) + " of " + Str(annonce) + " bytes";
+    }
   }
   const auto ecrits = static_cast<int64_t>(fichier->Length());
-  if (ecrits != recus) return Str(recus) + " bytes arrived but " + Str(ecrits) + " were written (is the disk full?)";
+  if (ecrits != recus) {
+    return Str(recus) + " bytes arrived but " + Str(ecrits) + " were written to " + fichier->NativePath() +
+           " (is the disk full?)";
+  }
   return "";
 }
 
@@ -88,14 +100,14 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.strCheminApp = strRepApp;
   mMiseAJourAnnulable = true;
   app.PatienterSecondes(2);
-  app.strURLGlobal = "http://" + ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
+  app.strURLGlobal = ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
   app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
   // Only a signed delta is tried: its manifest vouches for every file it
   // builds, and unsigned it would vouch for nothing.
   mVersionInstallee = InfoPlistValue(strRepApp, "CFBundleShortVersionString");
   if (ClePubliqueMiseAJour() != "" && mVersionInstallee != "" && VersionSure(mVersionInstallee) &&
       VersionSure(strVersionMAJ) && mVersionInstallee != strVersionMAJ) {
-    mURLDelta = "http://" + ServeurMiseAJour() + "/downloads/files/" + DeltaFileName(mVersionInstallee, strVersionMAJ);
+    mURLDelta = ServeurMiseAJour() + "/downloads/files/" + DeltaFileName(mVersionInstallee, strVersionMAJ);
   }
   AfficherTelechargement(mURLDelta != "" ? mURLDelta : app.strURLGlobal);
   app.PatienterSecondes(1);
@@ -103,11 +115,13 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   bool bTelechargementLance = false;
   // The archive goes to $HOME/Downloads, and the commands find it through "~".
   const String home = System::EnvironmentVariable("HOME");
+  app.Journaliser("update job: " + strRepApp + ", version " + InfoPlistValue(strRepApp, "CFBundleShortVersionString") +
+                  ", to " + velmaris::Left(strVersionMAJ, 80));
   if (!VersionSure(strVersionMAJ)) {
-    std::cerr << "VelmarisMAJ: the version to install is no version number (at most " << kLongueurMaximaleVersion
-              << " letters, digits, '.', '_' and '-')\n";
+    app.NoterRaison("the version to install is no version number: at most " + Str(int64_t{kLongueurMaximaleVersion}) +
+                    " letters, digits, '.', '_' and '-'");
   } else if (!home.starts_with("/")) {
-    std::cerr << "VelmarisMAJ: HOME is not set to an absolute path, so there is no Downloads folder to use\n";
+    app.NoterRaison("HOME is not set to an absolute path, so there is no Downloads folder to use");
   } else {
     RecupererInstallationInterrompue(sh);
     mDeltaEnCours = mURLDelta != "";
@@ -123,12 +137,13 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.bMAJ = false;
 }
 
-void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, int64_t bytesReceived,
-                                                       int64_t totalBytes, const std::string& newData) {
+void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& sender, int64_t bytesReceived, int64_t totalBytes,
+                                                       const std::string& newData) {
   SurveillerTelechargement();
   mOctetsRecus = bytesReceived;
-  // The display is the archive's; its signature's few bytes don't move it.
-  if (mSignatureEnCours) return;
+  // The display is the archive's; its signature's few bytes don't move it,
+  // nor does the page of an error or a redirection, which is no part of it.
+  if (mSignatureEnCours || sender.HTTPStatusCode() >= 300) return;
   if (mEmpreinteArchive) mEmpreinteArchive->Update(newData);
   if (totalBytes < 1) {
     // No length announced: a busy bar, and the amount received so far.
@@ -146,14 +161,18 @@ void FenetreTelechargement::Downloader_ReceiveProgress(HTTPSocket& /*sender*/, i
   LabelDownload().Refresh(true);
 }
 
-void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, const std::string& /*url*/,
-                                                        int64_t httpStatus, const Ref<InternetHeaders>& headers,
+void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& sender, const std::string& url, int64_t httpStatus,
+                                                        const Ref<InternetHeaders>& headers,
                                                         const Ref<FolderItem>& file) {
   mSurveillanceTelechargement.SetMode(0);
-  const String url = mDeltaEnCours ? mURLDelta : App().strURLGlobal;
+  // The file that this download brings, or whose signature it brings.
+  const String urlFichier = mDeltaEnCours ? mURLDelta : App().strURLGlobal;
+  App().Journaliser("download: " + url + ": " + Str(httpStatus) + " " + sender.HTTPReasonPhrase() + ", " +
+                    Str(mOctetsRecus) + " bytes in " +
+                    Format(static_cast<double>(Ticks() - mDebutTelechargement) / 60.0, "0.0") + " s");
   // A page of another status, a body cut short or a write that failed is no
   // archive: the download's failure, before anything is unzipped.
-  const String defaut = DefautTelechargement(httpStatus, headers, mOctetsRecus, file);
+  const String defaut = DefautTelechargement(url, httpStatus, sender.HTTPReasonPhrase(), headers, mOctetsRecus, file);
   if (defaut != "") {
     AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
                              defaut);
@@ -163,29 +182,35 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& /*sender*/, 
   const String cle = ClePubliqueMiseAJour();
   if (cle != "" && !mSignatureEnCours) {
     mSignatureEnCours = true;
-    Telecharger(url + kExtensionSignature,
-                New<FolderItem>(CheminTelechargement(url) + kExtensionSignature, FolderItem::PathModes::Shell));
+    Telecharger(urlFichier + kExtensionSignature,
+                New<FolderItem>(CheminTelechargement(urlFichier) + kExtensionSignature, FolderItem::PathModes::Shell));
     return;
   }
   if (cle != "") {
-    const String echec =
-        VerifyMinisignSignature(cle, CheminTelechargement(url), CheminTelechargement(url) + kExtensionSignature,
-                                App().ExtraireNomFichier(url), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
+    const String echec = VerifyMinisignSignature(
+        cle, CheminTelechargement(urlFichier), CheminTelechargement(urlFichier) + kExtensionSignature,
+        App().ExtraireNomFichier(urlFichier), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
     if (echec != "") {
       AbandonnerTelechargement("the signature check failed: " + echec);
       return;
     }
+    App().Journaliser(String("signature: the ") + (mDeltaEnCours ? "delta" : "archive") +
+                      " carries a valid signature of the update key");
   }
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
-  if (cle == "") std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
+  if (cle == "") {
+    std::cerr << "VelmarisMAJ: no update key is set; the archive is not authenticated\n";
+    App().Journaliser("signature: no update key is set; the archive is not authenticated");
+  }
   LabelTelechargement().SetText(Strings::kLabelTelechargement3());
   App().PatienterSecondes(1);
   TimerInstallation().SetMode(1);
 }
 
-void FenetreTelechargement::Downloader_Error(HTTPSocket& /*sender*/, int64_t code) {
-  AbandonnerTelechargement("the download failed: the connection failed (socket error " + Str(code) + ")");
+void FenetreTelechargement::Downloader_Error(HTTPSocket& sender, int64_t code) {
+  AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
+                           sender.ErrorMessage() + " (error " + Str(code) + ")");
 }
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
@@ -194,7 +219,7 @@ void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
     RenoncerDelta(raison);
     return;
   }
-  std::cerr << "VelmarisMAJ: " << raison << "\n";
+  App().NoterRaison(raison);
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
   RouvrirApplication();
@@ -252,8 +277,10 @@ bool FenetreTelechargement::LancerTelechargement(const String& url) {
 }
 
 void FenetreTelechargement::RenoncerDelta(const String& raison) {
-  std::cerr << "VelmarisMAJ: the delta from " << mVersionInstallee << " to " << App().RetournerValeurArgument("MAJ")
-            << " is not used: " << raison << "; the full archive follows\n";
+  const String ligne = "the delta from " + mVersionInstallee + " to " + App().RetournerValeurArgument("MAJ") +
+                       " is not used: " + raison + "; the full archive follows";
+  std::cerr << "VelmarisMAJ: " << ligne << "\n";
+  App().Journaliser(ligne);
   Downloader().Close();
   Downloader()._KillDownloadStream();
   for (const String& chemin :
@@ -274,8 +301,15 @@ void FenetreTelechargement::RenoncerDelta(const String& raison) {
 }
 
 void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {
+  App().Journaliser("download: GET " + url + " into " + fichier->NativePath());
   mOctetsRecus = 0;
+  mURLTelechargement = url;
+  mDebutTelechargement = Ticks();
   SurveillerTelechargement();
+  // Hosts answer http with a redirect to https, and company networks reach
+  // them through their proxy.
+  Downloader().FollowRedirects = true;
+  Downloader().UseSystemProxy = true;
   Downloader().Get(url, fichier);
 }
 

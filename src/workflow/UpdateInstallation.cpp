@@ -8,7 +8,6 @@
 // one from the delta instead, and ends in the same step.
 #include <cerrno>
 #include <filesystem>
-#include <iostream>
 #include <system_error>
 #include <vector>
 
@@ -177,7 +176,7 @@ bool NormaliserCopie(const Ref<FolderItem>& copie) {
 // was copied, mounted and downloaded goes, and the application is re-opened.
 [[noreturn]] void AbandonnerInstallation(Shell& sh, const Installation& installation, bool bMonte,
                                          const String& raison) {
-  std::cerr << "VelmarisMAJ: the installation gave up: " << raison << "\n";
+  App().NoterRaison("the installation gave up: " + raison);
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxVelmarisDispo(), true);
   if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
   if (bMonte) sh.Execute(installation.unmount);
@@ -220,6 +219,7 @@ String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool 
   }
   sh.Execute(installation.wait);
   if (!Permuter(installation)) return "the new application could not take the old one's place";
+  app.Journaliser("installation: the new application stands at " + installation.application->NativePath());
 
   // The new application is in place: what is left is clean-up, whose
   // failures the next run's recovery takes up.
@@ -233,6 +233,8 @@ String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool 
   for (const String& commande : retirerTelechargements) sh.Execute(commande);
   sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
+    app.NoterRaison("the new application at " + installation.application->NativePath() +
+                    " could not be opened (open ended with status " + Str(sh.ErrorCode()) + ")");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ1(), Strings::kMsgBoxTelechargerSite(), true);
   }
   Quit(0);
@@ -278,11 +280,15 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   const Installation installation;
 
   if (app.ExisteRepertoire(installation.strCheminTelechargement) != 0) {
+    app.NoterRaison("the archive " + installation.strCheminTelechargement + " is gone");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute(installation.openApplication);
     Quit(0);
   }
   if (app.RetournerTailleFichier(installation.strCheminTelechargement) < kTailleMinimaleArchive) {
+    app.NoterRaison("the archive " + installation.strCheminTelechargement + " holds " +
+                    Str(app.RetournerTailleFichier(installation.strCheminTelechargement)) + " bytes, fewer than the " +
+                    Str(kTailleMinimaleArchive) + " of a release");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
     sh.Execute(installation.removeDownloads);
     sh.Execute(installation.openApplication);

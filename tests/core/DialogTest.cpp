@@ -8,7 +8,8 @@
 
 namespace velmaris {
 
-// A box on the tool's window, modal to it alone, with the caution icon and one "OK" button.
+// A box on the tool's window, modal to it alone, with the caution icon and one "OK" button, and
+// the reason of a failure behind "Show Details...".
 TEST(AfficherMessage, ShowsBothTextsWithTheCautionIconAndOneOkButton) {
   // Writes down what the user sees of each box: "text|explanation|buttons", the default one starred.
   struct BoxReader : DialogPresenter {
@@ -21,7 +22,8 @@ TEST(AfficherMessage, ShowsBothTextsWithTheCautionIconAndOneOkButton) {
       QString buttons;
       for (const QAbstractButton* button : box->buttons())
         buttons += button->text() + (button == box->defaultButton() ? "*" : "");
-      shown->push_back((box->text() + "|" + box->informativeText() + "|" + buttons).toStdString());
+      shown->push_back(
+          (box->text() + "|" + box->informativeText() + "|" + buttons + "|" + box->detailedText()).toStdString());
       return true;
     }
     std::vector<std::string>* shown;
@@ -32,7 +34,10 @@ TEST(AfficherMessage, ShowsBothTextsWithTheCautionIconAndOneOkButton) {
   ScopedDialogPresenter scope(std::make_unique<BoxReader>(&shown));
   App().AfficherMessage("Download failed !", "Not updated.", true);
   App().AfficherMessage("Restore failed !", "", true);
-  EXPECT_EQ(shown, (std::vector<std::string>{"Download failed !|Not updated.|OK*", "Restore failed !||OK*"}));
+  // The reason that the opening noted goes behind the first dialog's details, and only there.
+  EXPECT_EQ(shown, (std::vector<std::string>{"Download failed !|Not updated.|OK*Show Details...|no application was "
+                                             "given (--REPAPP:)",
+                                             "Restore failed !||OK*|"}));
 }
 
 }  // namespace velmaris

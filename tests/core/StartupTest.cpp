@@ -10,8 +10,9 @@
 
 namespace velmaris {
 
-// The no-job road shows its message in the user's language, nothing else (no
-// warning of Qt's), and still ends the run with status 0.
+// The no-job road shows its message in the user's language, then its reason
+// and the log's place, nothing else (no warning of Qt's), and still ends the
+// run with status 0.
 TEST(Startup, WithoutArgumentsTheNoJobRoadSpeaksTheUserLanguageAndEndsWithStatusZero) {
   QTemporaryDir prefix;
   QProcess install;
@@ -31,6 +32,8 @@ TEST(Startup, WithoutArgumentsTheNoJobRoadSpeaksTheUserLanguageAndEndsWithStatus
        {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "LANGUAGE", "LC_ALL", "LC_MESSAGES", "XDG_RUNTIME_DIR"})
     environment.remove(name);
   environment.insert(QStringLiteral("LANG"), QStringLiteral("fr_BE.UTF-8"));
+  environment.insert(QStringLiteral("HOME"), prefix.path());
+  environment.remove(QStringLiteral("XDG_STATE_HOME"));
   for (const std::string& binary : {std::string(VELMARIS_BINARY), installed + "VelmarisMAJ"}) {
     QProcess tool;
     tool.setProcessEnvironment(environment);
@@ -41,7 +44,10 @@ TEST(Startup, WithoutArgumentsTheNoJobRoadSpeaksTheUserLanguageAndEndsWithStatus
     EXPECT_EQ(tool.readAllStandardError().toStdString(),
               "VelmarisMAJ: Initialisation...\n"
               "VelmarisMAJ: Le lancement de VelmarisMAJ doit être initié par Velmaris\u00a0! "
-              "L\u2019application Velmaris n\u2019a pas été mise à jour.\n")
+              "L\u2019application Velmaris n\u2019a pas été mise à jour.\n"
+              "VelmarisMAJ: no application was given (--REPAPP:)\n"
+              "VelmarisMAJ: Update log: " +
+                  prefix.path().toStdString() + "/.local/state/Velmaris/VelmarisMAJ.log\n")
         << binary;
   }
 }

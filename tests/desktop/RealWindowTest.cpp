@@ -232,6 +232,14 @@ TEST(RealWindow, OpensInFrontWhereDescribedShowsEachJobAndEveryWayOfEndingEndsTh
     const xcb_window_t window = x.Mapped()[0];
     EXPECT_EQ(x.Focus(), x.Mapped().back());
     SavePicture(x, row.look);
+    if (row.end == End::Dialog) {
+      // The reason and the log's place lie behind "Show Details...": the box grows to show them.
+      const int height = x.Place(x.Mapped().back()).height();
+      x.XDoTool({"key", "Tab", "space"});
+      EXPECT_TRUE(testing::WaitUntil([&] { return x.Place(x.Mapped().back()).height() > height + 40; }));
+      SavePicture(x, "details");
+      x.XDoTool({"key", "shift+Tab"});
+    }
     if (row.end == End::Dialog || row.end == End::Shortcut) {
       x.XDoTool({"key", row.end == End::Dialog ? "Return" : "ctrl+q"});
     } else if (row.end == End::WindowManager) {

@@ -1,35 +1,14 @@
 // Against servers we did not write, started on loopback by the tests:
 // Python's http.server, on IPv4 and IPv6, and lighttpd with mod_auth.
-#include <QProcess>
 #include <QStandardPaths>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTimer>
 
 #include "HTTPEvents.h"
+#include "support/Peer.h"
 
 namespace velmaris::testing {
 namespace {
-
-// A server program that runs for the life of the object.
-struct Peer : QProcess {
-  Peer(const QString& program, const QStringList& arguments) {
-    setStandardErrorFile(nullDevice());
-    start(program, arguments);
-  }
-  ~Peer() override {
-    terminate();
-    waitForFinished();
-  }
-  // True once it accepts connections there.
-  bool Listens(const QString& address, uint16_t port) {
-    return waitForStarted() && WaitUntil([&] {
-             QTcpSocket probe;
-             probe.connectToHost(address, port);
-             return probe.waitForConnected(100);
-           });
-  }
-};
 
 // The same download over IPv4 and to an IPv6 literal in brackets, by the
 // event loop and by the blocking form; the server as a proxy, named by the

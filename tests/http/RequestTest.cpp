@@ -15,7 +15,10 @@ TEST(RequestTest, BytesOnTheWire) {
     std::function<void(HTTPSocket&)> prepare = [](HTTPSocket&) {};
     std::vector<std::pair<std::string, std::string>> requests;  // method and URL
     std::vector<std::string> expected;
+    std::vector<std::string> answers = {"HTTP/1.0 200 OK\r\n\r\n"};  // of each connection, the last again
+    int64_t error = 0;
   };
+  const auto follow = [](HTTPSocket& socket) { socket.FollowRedirects = true; };
   const Row rows[] = {
       {.name = "the path as it stands, \"/\" when there is none, with or without a scheme",
        .requests = {{"GET", origin + "/a/b?c=1#f"}, {"GET", origin}, {"GET", origin.substr(7) + "/x"}},
@@ -63,8 +66,45 @@ TEST(RequestTest, BytesOnTheWire) {
            },
        .requests = {{"GET", origin}},
        .expected = {"GET / HTTP/1.0\r\nAccept: */*\r\nX-Trace: 1\r\n" + host + "\r\n"}},
+      {.name = "a 3xx is the page unless redirects are followed",
+       .requests = {{"GET", origin + "/a"}},
+       .expected = {"GET /a HTTP/1.0\r\n" + head + "\r\n"},
+       .answers = {"HTTP/1.0 301 Moved\r\nLocation: /b\r\n\r\n"}},
+      {.name = "relative Locations; 307 keeps the method and the body, 303 makes a GET without them",
+       .prepare =
+           [&follow](HTTPSocket& socket) {
+             follow(socket);
+             socket.SetRequestContent("xy", "text/plain");
+           },
+       .requests = {{"POST", origin + "/a/b"}},
+       .expected = {"POST /a/b HTTP/1.0\r\n" + head + "Content-type: text/plain\r\nContent-length: 2\r\n\r\nxy",
+                    "POST /a/d?e HTTP/1.0\r\n" + head + "Content-type: text/plain\r\nContent-length: 2\r\n\r\nxy",
+                    "GET /f HTTP/1.0\r\n" + head + "\r\n"},
+       .answers = {"HTTP/1.0 307 T\r\nLocation: c/../d?e#g\r\n\r\n",
+                   "HTTP/1.0 303 S\r\nLocation: //" + origin.substr(7) + "/f\r\n\r\n", "HTTP/1.0 200 OK\r\n\r\n"}},
+      {.name = "a Location already visited is a loop",
+       .prepare = follow,
+       .requests = {{"GET", origin + "/x"}},
+       .expected = {"GET /x HTTP/1.0\r\n" + head + "\r\n", "GET /a?b HTTP/1.0\r\n" + head + "\r\n"},
+       .answers = {"HTTP/1.0 302 Found\r\nLocation: /a?b\r\n\r\n"},
+       .error = HTTPSocket::kRedirectLoop},
+      {.name = "ten redirects are followed, not eleven",
+       .prepare = follow,
+       .requests = {{"GET", origin + "/"}},
+       .expected =
+           [&head] {
+             std::vector<std::string> hops;
+             for (std::string path = "/"; hops.size() < 11; path += "x/")
+               hops.push_back("GET " + path + " HTTP/1.0\r\n" + head + "\r\n");
+             return hops;
+           }(),
+       .answers = {"HTTP/1.0 308 P\r\nLocation: x/\r\n\r\n"},
+       .error = HTTPSocket::kTooManyRedirects},
   };
   for (const Row& row : rows) {
+    std::vector<TestServer::Script> scripts;
+    for (const std::string& answer : row.answers) scripts.push_back(Answer(answer));
+    server.Serve(scripts);
     HTTPSocket socket;
     row.prepare(socket);
     const size_t first = server.Received().size();
@@ -72,6 +112,7 @@ TEST(RequestTest, BytesOnTheWire) {
     const std::vector<std::string> received = server.Received();
     EXPECT_EQ(std::vector(received.begin() + static_cast<std::ptrdiff_t>(first), received.end()), row.expected)
         << row.name;
+    EXPECT_EQ(socket.ErrorCode(), row.error) << row.name;
   }
 }
 

@@ -107,7 +107,7 @@ inline std::string DatabaseBytes(const std::string& value) {
 
 // One run of the binary, with HOME at "/home" and TMPDIR at "/tmp" in a
 // folder of its own, or of another run's; no display, XDG_DATA_HOME or
-// XDG_RUNTIME_DIR unless given. It may be started again once it has ended.
+// XDG_RUNTIME_DIR, proxy or SSL_CERT_FILE unless given. It may be started again once it has ended.
 class ToolRun {
  public:
   ToolRun() : ToolRun(std::make_shared<QTemporaryDir>()) {}
@@ -118,7 +118,9 @@ class ToolRun {
     std::filesystem::create_directories(At("/home"));
     std::filesystem::create_directories(At("/tmp"));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
+    for (const char* name :
+         {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "http_proxy",
+          "https_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY", "NO_PROXY", "SSL_CERT_FILE"})
       environment.remove(name);
     environment.insert("HOME", QString::fromStdString(At("/home")));
     environment.insert("TMPDIR", QString::fromStdString(At("/tmp")));
