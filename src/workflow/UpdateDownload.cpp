@@ -292,11 +292,11 @@ void FenetreTelechargement::RenoncerDelta(const String& raison) {
   mSignatureEnCours = false;
   mInstallationEnCours = false;
   mMiseAJourAnnulable = true;
+  AfficherTelechargement(App().strURLGlobal);
   // The figure starts again, so that the archive's own figures show, its
   // last one too.
   ProgressBarDonwload().SetValue(0);
   LabelDownload().SetText(Format(0.0, "#%"));
-  AfficherTelechargement(App().strURLGlobal);
   if (!LancerTelechargement(App().strURLGlobal)) AbandonnerTelechargement("the download failed: it can't start");
 }
 

@@ -461,7 +461,7 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
       {.name = "the delta", .installed = "10"},
       {.name = "a modified application", .installed = "10m", .fallback = "the installed application was modified"},
       {.name = "a tampered delta", .installed = "10t", .fallback = "the signature does not verify"},
-      {.name = "no delta from that version", .installed = "9", .fallback = "the server answered 404"},
+      {.name = "no delta from that version", .installed = "9", .fallback = "_to_11.delta: 404"},
       {.name = "a path through ..",
        .installed = "10a",
        .fallback = "is not a plain path inside the bundle",
