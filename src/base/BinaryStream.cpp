@@ -37,9 +37,11 @@ bool WriteDirectly(std::FILE* file, const String& bytes) {
 
 }  // namespace
 
-BinaryStream::BinaryStream(const FolderItem& file, bool overwrite) {
-  // "x" refuses a file that already stands there.
-  mFile.reset(std::fopen(file.NativePath().c_str(), overwrite ? "wb" : "wbx"));
+// "x" refuses a file that already stands there.
+BinaryStream::BinaryStream(const FolderItem& file, bool overwrite) : BinaryStream(file, overwrite ? "wb" : "wbx") {}
+
+BinaryStream::BinaryStream(const FolderItem& file, const char* mode) {
+  mFile.reset(std::fopen(file.NativePath().c_str(), mode));
   if (!mFile) {
     const int error = errno;
     RaiseIOException(error, "Can't open " + file.NativePath() + " for writing");
@@ -54,6 +56,15 @@ BinaryStream::~BinaryStream() = default;
 
 Ref<BinaryStream> BinaryStream::Create(const Ref<FolderItem>& item, bool overwrite) {
   return New<BinaryStream>(*item, overwrite);
+}
+
+Ref<BinaryStream> BinaryStream::Append(const Ref<FolderItem>& item) { return New<BinaryStream>(*item, "ab"); }
+
+void BinaryStream::Flush() {
+  if (mFile && std::fflush(mFile.get()) != 0) {
+    const int error = errno;
+    RaiseIOException(error, "Can't write the file");
+  }
 }
 
 void BinaryStream::Close() {

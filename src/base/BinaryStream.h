@@ -19,6 +19,10 @@ class BinaryStream {
   // Opens the file for writing from its start. With overwrite an existing
   // file is replaced, without it the file must not exist yet. Raises IOException.
   BinaryStream(const FolderItem& file, bool overwrite);
+  // Opens the file with that mode of fopen's ("ab" appends). Raises IOException.
+  BinaryStream(const FolderItem& file, const char* mode);
+  // Opens the file for writing at its end, keeping what it holds. Raises IOException.
+  static Ref<BinaryStream> Append(const Ref<FolderItem>& item);
   // A stream over the block, from its start; writing past its end grows it.
   explicit BinaryStream(Ref<MemoryBlock> block);
   BinaryStream(const BinaryStream&) = delete;
@@ -33,6 +37,9 @@ class BinaryStream {
   void Close();
   // Raises IOException when the bytes can't be written or the stream is closed.
   void Write(const String& bytes);
+  // Writes out what the buffer holds, so that the file holds every byte
+  // written so far. Raises IOException.
+  void Flush();
 
  private:
   struct FileCloser {

@@ -1,4 +1,7 @@
 // From a URL to the request on the wire, and the download target.
+#include <filesystem>
+#include <utility>
+
 #include "base/Crypto.h"
 #include "base/ProxySettings.h"
 #include "base/TextOutputStream.h"
@@ -96,6 +99,16 @@ void HTTPSocket::_InitializeRequestHeaders() {
   requestHeaders->SetHeader("Accept-Language", "en");
 }
 
+bool HTTPSocket::_FlushDownloadStream() {
+  if (_downloadStream.IsNil()) return false;
+  try {
+    _downloadStream->Flush();
+  } catch (const IOException&) {
+    return false;
+  }
+  return true;
+}
+
 void HTTPSocket::_KillDownloadStream() {
   _downloadFile = nullptr;
   if (_downloadStream.IsNil()) return;
@@ -147,6 +160,10 @@ void HTTPSocket::_SendRequest(const String& action) {
     SetRequestHeader("Content-type", _postContentType);
   }
   if (content != "") SetRequestHeader("Content-length", Str(LenB(content)));
+  if (_resuming) {
+    SetRequestHeader("Range", "bytes=" + Str(ResumeFrom) + "-");
+    SetRequestHeader("If-Range", ResumeValidator);
+  }
   // Through a tunnel the origin gets the request as it would straight.
   if (_proxy != "" && !_secure) _path = _processingURL;
   String text = action + " " + _path + " HTTP/" + Str(1.0, "0.0") + kCRLF + requestHeaders->_FormatHTTPHeaders();
@@ -162,18 +179,41 @@ void HTTPSocket::_SendRequest(const String& action) {
   text += kCRLF + kCRLF + content;
   Write(text);
   SetRequestHeader("Content-length", "");
+  if (_resuming) {
+    SetRequestHeader("Range", "");
+    SetRequestHeader("If-Range", "");
+  }
 }
 
 // The file is emptied before connecting, so that a failed request leaves no
 // stale bytes behind.
 bool HTTPSocket::_SetDownloadFile(const Ref<FolderItem>& file) {
   _KillDownloadStream();
+  _resuming = false;
+  _resumed = false;
   if (file.IsNil()) return true;
-  const String unusable = "the download file " + file->NativePath() + " can't be written";
   if (file->Exists() && file->Directory()) {
-    _Fail(1, unusable + " (a folder stands there)");
+    _Fail(1, "the download file " + file->NativePath() + " can't be written (a folder stands there)");
     return false;
   }
+  // What stands past the offset is no part of what the answer continues.
+  std::error_code error;
+  if (ResumeFrom > 0 && file->Exists() && std::cmp_greater_equal(file->Length(), ResumeFrom)) {
+    std::filesystem::resize_file(file->NativePath(), static_cast<uintmax_t>(ResumeFrom), error);
+    try {
+      if (!error) _downloadStream = BinaryStream::Append(file);
+    } catch (const IOException&) {
+    }
+    _resuming = !_downloadStream.IsNil();
+  }
+  if (!_resuming && !_EmptyDownloadFile(file)) return false;
+  _downloadFile = file;
+  return true;
+}
+
+bool HTTPSocket::_EmptyDownloadFile(const Ref<FolderItem>& file) {
+  _KillDownloadStream();
+  const String unusable = "the download file " + file->NativePath() + " can't be written";
   const Ref<TextOutputStream> emptied = file->CreateTextFile();
   if (emptied.IsNil()) {
     _Fail(1, unusable);
@@ -186,7 +226,6 @@ bool HTTPSocket::_SetDownloadFile(const Ref<FolderItem>& file) {
     _Fail(1, unusable);
     return false;
   }
-  _downloadFile = file;
   return true;
 }
 

@@ -152,6 +152,25 @@ void HTTPSocket::_ConnectionEnded() {
   _ProcessPage();
 }
 
+// RFC 9110 §14.4: "Content-Range: bytes first-last/complete". Only the rest
+// of the file, from the offset to its end, continues it.
+void HTTPSocket::_TakeUpResume() {
+  _resuming = false;
+  const String range = Trim(_pageHeaders->Value("Content-Range"));
+  const String span = Lowercase(NthField(range, " ", 1)) == "bytes" ? NthField(range, " ", 2) : "";
+  const int64_t first = ToInteger(Val(NthField(span, "-", 1)));
+  const int64_t last = ToInteger(Val(NthField(NthField(span, "-", 2), "/", 1)));
+  const int64_t complete = ToInteger(Val(NthField(span, "/", 2)));
+  if (_httpStatusCode == 206 && span != "" && first == ResumeFrom && complete > first && last == complete - 1) {
+    _resumed = true;
+    _currentLength = ResumeFrom;
+    _totalLength = complete;
+    return;
+  }
+  const Ref<FolderItem> file = _downloadFile;
+  if (_EmptyDownloadFile(file)) _downloadFile = file;
+}
+
 String HTTPSocket::_PageText() const {
   if (_currentLength < 1) return "";
   return _pageBuffer->StringValue(0, std::min(_currentLength, _pageBuffer->Size()));
@@ -199,6 +218,7 @@ void HTTPSocket::_ReadResponse() {
     return;
   }
   if (connects != _connectCount || _FollowRedirect()) return;
+  if (_resuming) _TakeUpResume();
   if (!synchronous && HeadersReceived) {
     const Ref<InternetHeaders> headers = _pageHeaders;
     HeadersReceived(*this, headers, _httpStatusCode);

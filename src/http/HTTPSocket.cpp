@@ -25,6 +25,8 @@ int64_t HTTPSocket::HTTPStatusCode() const { return _httpStatusCode; }
 
 String HTTPSocket::HTTPReasonPhrase() const { return _httpReasonPhrase; }
 
+bool HTTPSocket::Resumed() const { return _resumed; }
+
 Ref<InternetHeaders> HTTPSocket::PageHeaders() const {
   if (!_pageHeaders.IsNil() && _pageHeaders->Count() != 0) return _pageHeaders;
   return nullptr;

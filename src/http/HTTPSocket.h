@@ -72,6 +72,15 @@ class HTTPSocket : public TCPSocket {
   Ref<InternetHeaders> requestHeaders;
   // Lets WaitForPage run the application's event loop.
   bool Yield = false;
+  // A download to a file that goes on where an earlier one stopped: not 0,
+  // the file keeps its first ResumeFrom bytes and the request asks for the
+  // rest ("Range: bytes=N-", with "If-Range:" ResumeValidator, so that a
+  // file changed on the server comes whole). A 206 whose Content-Range
+  // starts at N and runs to the end appends to them, and the progress counts
+  // from N; any other answer empties the file first, as a download does. The
+  // caller sets them for each request; 0 downloads whole.
+  int64_t ResumeFrom = 0;
+  String ResumeValidator;
 
   // Events; a missing handler is skipped with the defaults in the comments.
   // After a 401; true retries with the name and password set. No handler: false.
@@ -116,6 +125,8 @@ class HTTPSocket : public TCPSocket {
   virtual String HTTPReasonPhrase() const;
   // nil before a response, and for one without header lines.
   virtual Ref<InternetHeaders> PageHeaders() const;
+  // True when the answer to a ResumeFrom request appended to the file.
+  virtual bool Resumed() const;
   virtual void Post(const String& url);
   virtual void Post(const String& url, const Ref<FolderItem>& file);
   virtual bool Post(const String& url, const Ref<FolderItem>& file, int64_t timeout);
@@ -150,6 +161,9 @@ class HTTPSocket : public TCPSocket {
   void _HandleNewData();
   void _InitializeRequestHeaders();
   void _KillDownloadStream();
+  // Writes out what the download's stream holds, so that the file holds
+  // every byte received; false when there is no download or it can't.
+  bool _FlushDownloadStream();
   Dictionary _ParseAuthenticationParams(const String& text);
   void _ParseHeaders(const String& text);
   void _ParseURL(const String& url);
@@ -196,6 +210,10 @@ class HTTPSocket : public TCPSocket {
   String _proxyAuthenticationKey;
   String _server;
   int64_t _totalLength = 0;
+  // The download file keeps its first ResumeFrom bytes until the answer
+  // says whether they stay; _resumed once they do.
+  bool _resuming = false;
+  bool _resumed = false;
 
  private:
   bool _Blocking(const String& method, const String& url, const Ref<FolderItem>& file, int64_t timeout);
@@ -204,6 +222,10 @@ class HTTPSocket : public TCPSocket {
   void _Fail(int64_t code, const String& message);
   String _PageText() const;
   void _ReadResponse();
+  // Empties the download file and writes it from its start.
+  bool _EmptyDownloadFile(const Ref<FolderItem>& file);
+  // The answer to a resumed download: appends, or starts the file over.
+  void _TakeUpResume();
   void _ReadTunnelAnswer();
   void _SendTunnelRequest();
   // A request of the caller's, as the start of a chain of redirects.

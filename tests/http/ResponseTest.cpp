@@ -103,6 +103,43 @@ TEST(ResponseTest, WaysAPageEnds) {
   }
 }
 
+// A resumed download keeps the file's first bytes only when the answer
+// continues them: a 206 from the offset to the end. Anything else starts the
+// file over.
+TEST(ResponseTest, AResumedDownloadAppendsOnlyWhatContinuesTheFile) {
+  QTemporaryDir folder;
+  const std::string path = folder.filePath("archive").toStdString();
+  struct Row {
+    const char* name;
+    std::string response, file;
+    bool resumed = false;
+    std::string progress;  // the last one
+  } rows[] = {
+      {"206 from the offset", "206 Partial\r\nContent-Range: bytes 5-9/10\r\nContent-Length: 5\r\n\r\n56789",
+       "0123456789", true, "10/10"},
+      {"200, the whole file again", "200 OK\r\nContent-Length: 10\r\n\r\nabcdefghij", "abcdefghij", false, "10/10"},
+      {"206 from elsewhere", "206 Partial\r\nContent-Range: bytes 3-9/10\r\nContent-Length: 7\r\n\r\n3456789",
+       "3456789", false, "7/7"},
+      {"206 short of the end", "206 Partial\r\nContent-Range: bytes 5-8/10\r\nContent-Length: 4\r\n\r\n5678",
+       "5678", false, "4/4"},
+      {"416", "416 Range Not Satisfiable\r\nContent-Length: 2\r\n\r\nno", "no", false, "2/2"},
+  };
+  for (const Row& row : rows) {
+    WriteFile(path, "01234stale");
+    InMemoryHTTPSocket socket;
+    HTTPEvents events(socket);
+    socket.ResumeFrom = 5;
+    socket.ResumeValidator = "\"v1\"";
+    socket.Get("http://h/", Item(path));
+    socket.Accept();
+    socket.Deliver("HTTP/1.0 " + row.response);
+    socket.End();
+    EXPECT_EQ(ReadFile(path), row.file) << row.name;
+    EXPECT_EQ(socket.Resumed(), row.resumed) << row.name;
+    EXPECT_EQ(events.progress.back(), row.progress) << row.name;
+  }
+}
+
 // The running total and the announced one, from the empty block that the
 // header block's own delivery passes on. With a length, the handler throws at
 // that first block: the re-entrance guard is down again after it, and the
