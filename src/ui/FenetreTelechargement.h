@@ -71,10 +71,23 @@ class FenetreTelechargement : public Window {
 
  private:
   // The road of a download that can't go on: why, on stderr; the dialog;
-  // partial files removed, main application re-opened, end of the run.
-  [[noreturn]] void AbandonnerTelechargement(const std::string& raison);
+  // partial files removed, main application re-opened, end of the run. A
+  // delta's download falls back to the full archive instead, and returns.
+  void AbandonnerTelechargement(const std::string& raison);
+  // Shows the progress display for the download of that URL's file.
+  void AfficherTelechargement(const std::string& url);
   // Stops the download and removes what it wrote.
   void AnnulerTelechargement();
+  // Builds the new application from the installed one and the delta, and
+  // puts it in place; any doubt falls back to the full archive.
+  void InstallerDelta(Shell& sh);
+  // Starts the download of the URL into the Downloads folder, under the
+  // URL's last segment, hashed as it arrives when a key is set; false when
+  // it can't start.
+  bool LancerTelechargement(const std::string& url);
+  // The delta is set aside: why, on one stderr line; the delta and its
+  // signature removed; the full archive's download, under the same display.
+  void RenoncerDelta(const std::string& raison);
   // (Re)starts the watch that gives up a download receiving nothing.
   void SurveillerTelechargement();
   // Starts the Downloader's download of the URL into the file, watched.
@@ -104,10 +117,16 @@ class FenetreTelechargement : public Window {
   // Its URL and its start, in ticks.
   std::string mURLTelechargement;
   int64_t mDebutTelechargement = 0;
-  // The archive is in, and its signature is coming.
+  // The archive or the delta is in, and its signature is coming.
   bool mSignatureEnCours = false;
-  // With a key, the archive's digest, taken as its bytes arrive, so that
-  // its signature's check needs no second pass over it.
+  // The version that the installed application's Info.plist names.
+  std::string mVersionInstallee;
+  // The delta from that version to the new one, "" when none is tried.
+  std::string mURLDelta;
+  // The delta is on its way: downloading, or being applied.
+  bool mDeltaEnCours = false;
+  // With a key, the digest of the archive or the delta, taken as its bytes
+  // arrive, so that its signature's check needs no second pass over it.
   std::unique_ptr<Blake2b512> mEmpreinteArchive;
 };
 

@@ -1,7 +1,9 @@
 // The update job's first half: the update branch of the dispatcher puts
 // right what an interrupted update left and starts the download of the new
-// version into the Downloads folder; the Downloader's events move the
+// version into the Downloads folder, the delta from the installed version
+// first where there is one to try; the Downloader's events move the
 // progress display, check what arrived and hand over to the installation.
+// Any doubt about a delta falls back to the full archive in the same run.
 #include <algorithm>
 #include <iostream>
 
@@ -15,6 +17,7 @@
 #include "base/System.h"
 #include "core/UpdateKey.h"
 #include "core/VelmarisMAJ.h"
+#include "delta/DeltaFile.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Strings.h"
 
@@ -51,8 +54,10 @@ int64_t DelaiInactiviteMillisecondes() {
   return seconds > 0 ? ToInteger(seconds * 1000.0) : 60000;
 }
 
-String CheminTelechargement() {
-  return System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(App().strURLGlobal);
+// Where the download of that URL goes: the Downloads folder, under the
+// URL's last segment.
+String CheminTelechargement(const String& url) {
+  return System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(url);
 }
 
 // The archive's minisign signature, fetched beside it.
@@ -97,10 +102,14 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
   app.PatienterSecondes(2);
   app.strURLGlobal = ServeurMiseAJour() + "/downloads/files/Velmaris_#VER#.dmg.zip";
   app.strURLGlobal = Replace(app.strURLGlobal, "#VER#", strVersionMAJ);
-  LabelTelechargement().SetText(Strings::kLabelTelechargement1() + app.ExtraireNomFichier(app.strURLGlobal) +
-                                Strings::kLabelTelechargement2());
-  LabelDownload().SetVisible(true);
-  ProgressBarDonwload().SetVisible(true);
+  // Only a signed delta is tried: its manifest vouches for every file it
+  // builds, and unsigned it would vouch for nothing.
+  mVersionInstallee = InfoPlistValue(strRepApp, "CFBundleShortVersionString");
+  if (ClePubliqueMiseAJour() != "" && mVersionInstallee != "" && VersionSure(mVersionInstallee) &&
+      VersionSure(strVersionMAJ) && mVersionInstallee != strVersionMAJ) {
+    mURLDelta = ServeurMiseAJour() + "/downloads/files/" + DeltaFileName(mVersionInstallee, strVersionMAJ);
+  }
+  AfficherTelechargement(mURLDelta != "" ? mURLDelta : app.strURLGlobal);
   app.PatienterSecondes(1);
 
   bool bTelechargementLance = false;
@@ -115,15 +124,8 @@ void FenetreTelechargement::BrancheMiseAJour(Shell& sh) {
     app.NoterRaison("HOME is not set to an absolute path, so there is no Downloads folder to use");
   } else {
     RecupererInstallationInterrompue(sh);
-    try {
-      auto fichierTelecharge = New<FolderItem>(CheminTelechargement(), FolderItem::PathModes::Shell);
-      if (!fichierTelecharge->Parent()->Exists()) fichierTelecharge->Parent()->CreateAsFolder();
-      if (ClePubliqueMiseAJour() != "") mEmpreinteArchive = std::make_unique<Blake2b512>();
-      Telecharger(app.strURLGlobal, fichierTelecharge);
-      bTelechargementLance = true;
-    } catch (const IOException&) {
-    } catch (const UnsupportedFormatException&) {
-    }
+    mDeltaEnCours = mURLDelta != "";
+    bTelechargementLance = LancerTelechargement(mDeltaEnCours ? mURLDelta : app.strURLGlobal);
   }
   if (!bTelechargementLance) {
     mMiseAJourAnnulable = false;
@@ -163,6 +165,8 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& sender, cons
                                                         const Ref<InternetHeaders>& headers,
                                                         const Ref<FolderItem>& file) {
   mSurveillanceTelechargement.SetMode(0);
+  // The file that this download brings, or whose signature it brings.
+  const String urlFichier = mDeltaEnCours ? mURLDelta : App().strURLGlobal;
   App().Journaliser("download: " + url + ": " + Str(httpStatus) + " " + sender.HTTPReasonPhrase() + ", " +
                     Str(mOctetsRecus) + " bytes in " +
                     Format(static_cast<double>(Ticks() - mDebutTelechargement) / 60.0, "0.0") + " s");
@@ -172,21 +176,26 @@ void FenetreTelechargement::Downloader_DownloadComplete(HTTPSocket& sender, cons
   if (defaut != "") {
     AbandonnerTelechargement((mSignatureEnCours ? "the signature's download failed: " : "the download failed: ") +
                              defaut);
+    return;
   }
-  // With a key, only an archive that it signed under its own name goes on.
+  // With a key, only a file that it signed under its own name goes on.
   const String cle = ClePubliqueMiseAJour();
   if (cle != "" && !mSignatureEnCours) {
     mSignatureEnCours = true;
-    Telecharger(App().strURLGlobal + kExtensionSignature,
-                New<FolderItem>(CheminTelechargement() + kExtensionSignature, FolderItem::PathModes::Shell));
+    Telecharger(urlFichier + kExtensionSignature,
+                New<FolderItem>(CheminTelechargement(urlFichier) + kExtensionSignature, FolderItem::PathModes::Shell));
     return;
   }
   if (cle != "") {
     const String echec = VerifyMinisignSignature(
-        cle, CheminTelechargement(), CheminTelechargement() + kExtensionSignature,
-        App().ExtraireNomFichier(App().strURLGlobal), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
-    if (echec != "") AbandonnerTelechargement("the signature check failed: " + echec);
-    App().Journaliser("signature: the archive carries a valid signature of the update key");
+        cle, CheminTelechargement(urlFichier), CheminTelechargement(urlFichier) + kExtensionSignature,
+        App().ExtraireNomFichier(urlFichier), mEmpreinteArchive ? mEmpreinteArchive->Digest() : "");
+    if (echec != "") {
+      AbandonnerTelechargement("the signature check failed: " + echec);
+      return;
+    }
+    App().Journaliser(String("signature: the ") + (mDeltaEnCours ? "delta" : "archive") +
+                      " carries a valid signature of the update key");
   }
   LabelDownload().SetVisible(false);
   ProgressBarDonwload().SetVisible(false);
@@ -206,6 +215,10 @@ void FenetreTelechargement::Downloader_Error(HTTPSocket& sender, int64_t code) {
 
 void FenetreTelechargement::AbandonnerTelechargement(const String& raison) {
   LabelDownload().FlushEcho();
+  if (mDeltaEnCours) {
+    RenoncerDelta(raison);
+    return;
+  }
   App().NoterRaison(raison);
   AnnulerTelechargement();
   App().AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
@@ -218,10 +231,20 @@ void FenetreTelechargement::AnnulerTelechargement() {
   mSurveillanceTelechargement.SetMode(0);
   Downloader().Close();
   Downloader()._KillDownloadStream();
-  for (const String& chemin : {CheminTelechargement(), CheminTelechargement() + kExtensionSignature}) {
-    auto partiel = New<FolderItem>(chemin, FolderItem::PathModes::Shell);
-    if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
+  for (const String& url : {App().strURLGlobal, mURLDelta}) {
+    if (url == "") continue;
+    for (const String& chemin : {CheminTelechargement(url), CheminTelechargement(url) + kExtensionSignature}) {
+      auto partiel = New<FolderItem>(chemin, FolderItem::PathModes::Shell);
+      if (partiel->Exists() && !partiel->Directory()) partiel->Delete();
+    }
   }
+}
+
+void FenetreTelechargement::AfficherTelechargement(const String& url) {
+  LabelTelechargement().SetText(Strings::kLabelTelechargement1() + App().ExtraireNomFichier(url) +
+                                Strings::kLabelTelechargement2());
+  LabelDownload().SetVisible(true);
+  ProgressBarDonwload().SetVisible(true);
 }
 
 void FenetreTelechargement::FermetureDemandee() {
@@ -238,6 +261,43 @@ void FenetreTelechargement::FermetureDemandee() {
 void FenetreTelechargement::SurveillerTelechargement() {
   mSurveillanceTelechargement.SetPeriod(DelaiInactiviteMillisecondes());
   mSurveillanceTelechargement.SetMode(1);
+}
+
+bool FenetreTelechargement::LancerTelechargement(const String& url) {
+  try {
+    auto fichierTelecharge = New<FolderItem>(CheminTelechargement(url), FolderItem::PathModes::Shell);
+    if (!fichierTelecharge->Parent()->Exists()) fichierTelecharge->Parent()->CreateAsFolder();
+    mEmpreinteArchive = ClePubliqueMiseAJour() != "" ? std::make_unique<Blake2b512>() : nullptr;
+    Telecharger(url, fichierTelecharge);
+    return true;
+  } catch (const IOException&) {
+  } catch (const UnsupportedFormatException&) {
+  }
+  return false;
+}
+
+void FenetreTelechargement::RenoncerDelta(const String& raison) {
+  const String ligne = "the delta from " + mVersionInstallee + " to " + App().RetournerValeurArgument("MAJ") +
+                       " is not used: " + raison + "; the full archive follows";
+  std::cerr << "VelmarisMAJ: " << ligne << "\n";
+  App().Journaliser(ligne);
+  Downloader().Close();
+  Downloader()._KillDownloadStream();
+  for (const String& chemin :
+       {CheminTelechargement(mURLDelta), CheminTelechargement(mURLDelta) + kExtensionSignature}) {
+    auto reste = New<FolderItem>(chemin, FolderItem::PathModes::Shell);
+    if (reste->Exists() && !reste->Directory()) reste->Delete();
+  }
+  mDeltaEnCours = false;
+  mSignatureEnCours = false;
+  mInstallationEnCours = false;
+  mMiseAJourAnnulable = true;
+  AfficherTelechargement(App().strURLGlobal);
+  // The figure starts again, so that the archive's own figures show, its
+  // last one too.
+  ProgressBarDonwload().SetValue(0);
+  LabelDownload().SetText(Format(0.0, "#%"));
+  if (!LancerTelechargement(App().strURLGlobal)) AbandonnerTelechargement("the download failed: it can't start");
 }
 
 void FenetreTelechargement::Telecharger(const String& url, const Ref<FolderItem>& fichier) {

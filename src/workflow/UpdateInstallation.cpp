@@ -4,10 +4,12 @@
 // step; then the old copy and everything downloaded go, and the new
 // application is opened. Until that step the installed application is not
 // touched, and at every instant a whole application, old or new, stands at
-// its path.
+// its path. A delta's road builds the new application beside the installed
+// one from the delta instead, and ends in the same step.
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 #include "base/FolderItem.h"
 #include "base/InfoPlist.h"
@@ -18,6 +20,7 @@
 #include "base/System.h"
 #include "base/ZipDirectory.h"
 #include "core/VelmarisMAJ.h"
+#include "delta/DeltaApplier.h"
 #include "ui/FenetreTelechargement.h"
 #include "ui/Strings.h"
 
@@ -198,23 +201,24 @@ String DefautArchive(const Installation& installation) {
   return "";
 }
 
-// The staging folder is filled: its last checks, then the exchange, the
-// clean-up and the opening of the new application.
-[[noreturn]] void InstallerCopieEntrante(Shell& sh, const Installation& installation, bool bMonte) {
+// The staging folder is filled, by the copy from the volume or from a
+// delta: its last checks, then the exchange, the clean-up (the volume
+// unmounted when it was mounted, the road's downloads removed) and the
+// opening of the new application, the end of the run. Returns only when the
+// staging folder was refused or could not take the installed application's
+// place, which is then untouched: why.
+String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool bMonte,
+                              const std::vector<String>& retirerTelechargements) {
   VelmarisMAJ& app = App();
-  if (!NormaliserCopie(installation.copieEntrante)) {
-    AbandonnerInstallation(sh, installation, bMonte, "the new application holds a device, a fifo or a socket");
-  }
+  if (!NormaliserCopie(installation.copieEntrante)) return "the new application holds a device, a fifo or a socket";
   // Another application's bundle must not take this one's place.
   const String identifiant = InfoPlistValue(installation.application->NativePath(), "CFBundleIdentifier");
   if (identifiant != "" &&
       InfoPlistValue(installation.copieEntrante->NativePath(), "CFBundleIdentifier") != identifiant) {
-    AbandonnerInstallation(sh, installation, bMonte, "the new application is not " + identifiant);
+    return "the new application is not " + identifiant;
   }
   sh.Execute(installation.wait);
-  if (!Permuter(installation)) {
-    AbandonnerInstallation(sh, installation, bMonte, "the new application could not take the old one's place");
-  }
+  if (!Permuter(installation)) return "the new application could not take the old one's place";
   app.Journaliser("installation: the new application stands at " + installation.application->NativePath());
 
   // The new application is in place: what is left is clean-up, whose
@@ -226,8 +230,7 @@ String DefautArchive(const Installation& installation) {
     sh.Execute(installation.unmount);
     sh.Execute(installation.wait);
   }
-  sh.Execute(installation.removeOwnFolder);
-  sh.Execute(installation.removeDownloads);
+  for (const String& commande : retirerTelechargements) sh.Execute(commande);
   sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
     app.NoterRaison("the new application at " + installation.application->NativePath() +
@@ -252,8 +255,14 @@ void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
   // Mounted again over it, a volume of the same name would hide the new one.
   if (installation.volume->Exists()) sh.Execute(installation.unmount);
   if (installation.dossierPropre->Exists()) sh.Execute(installation.removeOwnFolder);
-  for (const String& fichier :
-       {installation.strCheminTelechargement, installation.strCheminTelechargement + ".minisig"}) {
+  std::vector<String> fichiers = {installation.strCheminTelechargement,
+                                  installation.strCheminTelechargement + ".minisig"};
+  if (mURLDelta != "") {
+    const String delta = System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(mURLDelta);
+    fichiers.push_back(delta);
+    fichiers.push_back(delta + ".minisig");
+  }
+  for (const String& fichier : fichiers) {
     const auto reste = Dossier(fichier);
     if (reste->Exists() && !reste->Directory()) reste->Delete();
   }
@@ -264,6 +273,10 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   mInstallationEnCours = true;
   VelmarisMAJ& app = App();
   Shell sh;
+  if (mDeltaEnCours) {
+    InstallerDelta(sh);
+    return;
+  }
   const Installation installation;
 
   if (app.ExisteRepertoire(installation.strCheminTelechargement) != 0) {
@@ -312,7 +325,30 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
 
   sh.Execute(installation.copyApplication);
   if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte, "the copy of the new application failed");
-  InstallerCopieEntrante(sh, installation, bMonte);
+  // Back from the last step only with why it refused the staging folder.
+  AbandonnerInstallation(
+      sh, installation, bMonte,
+      InstallerCopieEntrante(sh, installation, bMonte, {installation.removeOwnFolder, installation.removeDownloads}));
+}
+
+void FenetreTelechargement::InstallerDelta(Shell& sh) {
+  const Installation installation;
+  const String delta = App().ExtraireNomFichier(mURLDelta);
+  String defaut = "no application bundle stands at " + App().strCheminApp;
+  // As on the archive's road, an old copy left in the way stops it.
+  if (installation.application->Directory() && ApplicationRemplacable(App().strCheminApp, installation.application) &&
+      !installation.copieSortante->Exists()) {
+    defaut =
+        ApplyDelta(System::EnvironmentVariable("HOME") + "/Downloads/" + delta, App().strCheminApp,
+                   installation.copieEntrante->NativePath(), mVersionInstallee, App().RetournerValeurArgument("MAJ"));
+  }
+  if (defaut == "" && !ApplicationInstallable(installation.copieEntrante)) defaut = "it builds no application";
+  if (defaut == "") {
+    defaut = InstallerCopieEntrante(sh, installation, false,
+                                    {"rm ~/Downloads/" + delta + " ~/Downloads/" + delta + ".minisig"});
+  }
+  if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
+  RenoncerDelta(defaut);
 }
 
 }  // namespace velmaris

@@ -2,6 +2,7 @@
 // volumes root of its own, against Python's http.server and, for the faults
 // that need one, our scripted loopback server. The runs wait for real, so
 // they go side by side.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -15,6 +16,8 @@
 #include <set>
 
 #include "base/Shell.h"
+#include "delta/DeltaFile.h"
+#include "delta/FileDescriptor.h"
 #include "support/Peer.h"
 #include "support/Sandbox.h"
 #include "support/TestServer.h"
@@ -415,6 +418,151 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
     EXPECT_FALSE(fs::exists(run.At("/home/smuggled")));
     EXPECT_EQ(run.Opened(!row.opened.empty()), row.opened);
   }
+}
+
+// The deltas of a bundle of 400 files made by the publishing script, one
+// from each version that a row has installed: the right one builds the new
+// tree exactly from a tenth of the archive's bytes at most; a modified
+// application, a tampered delta, a version without a delta and hostile
+// deltas signed all the same each end with that tree through the archive,
+// nothing written outside the staging folder.
+TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
+  const std::string site = mWeb.path().toStdString(), old = site + "/10/Velmaris.app",
+                    fresh = site + "/11/Velmaris.app";
+  Shell sh;
+  sh.Execute("cd '" + site + "' && minisign -G -W -p a.pub -s a.key >/dev/null");
+  ASSERT_EQ(sh.ErrorCode(), 0) << "minisign is missing: scripts/setup installs it";
+  const std::string key = QString::fromStdString(testing::ReadFile(site + "/a.pub")).split('\n').at(1).toStdString();
+  // Version 11 changes a 16 MiB program in three places and three files,
+  // removes one, adds one and changes a mode; the framework's links stay.
+  testing::MakeApplication(old, "10");
+  sh.Execute("cd '" + old + "/Contents' && mkdir -p Data Frameworks/K.framework/Versions/A && for i in $(seq 400); " +
+             "do head -c $((i * 40)) /dev/urandom > Data/$i; done && head -c 16777216 /dev/urandom > MacOS/core && " +
+             "echo k > Frameworks/K.framework/Versions/A/K && ln -s A Frameworks/K.framework/Versions/Current && " +
+             "ln -s Versions/Current/K Frameworks/K.framework/K && mkdir ../../../11 && cp -a '" + old + "' '" + fresh +
+             "' && cd '" + fresh + "/Contents' && for at in 1000 5000000 12000000; do printf 11 | " +
+             "dd of=MacOS/core bs=1 seek=$at conv=notrunc 2>/dev/null; done && echo 11 | tee Data/1 Data/2 > Data/3 " +
+             "&& rm Data/4 && echo new > Data/401 && chmod 700 Data/5 && head -c 67108864 /dev/zero | " +
+             "zstd -q --zstd=wlog=10 > '" + site + "/bomb.zst'");
+  ASSERT_EQ(sh.ErrorCode(), 0) << "zstd is missing: scripts/setup installs it";
+  testing::MakeApplication(fresh, "11");
+  // The last file that the delta carries, the one the hostile rows turn against the tool.
+  const auto carried = [](DeltaManifest& manifest) {
+    return std::find_if(manifest.entries.rbegin(), manifest.entries.rend(), [](auto& e) { return e.frameSize > 0; });
+  };
+  using Hostile = std::function<void(DeltaManifest&, std::vector<std::string>&, const testing::ToolRun&)>;
+  struct Row {
+    const char* name;
+    std::string installed;      // the version of the installed application, its own
+    std::string fallback = "";  // why the delta is not used, "" when it is
+    Hostile hostile = nullptr;
+    testing::ToolRun run = {};
+  } rows[] = {
+      {.name = "the delta", .installed = "10"},
+      {.name = "a modified application", .installed = "10m", .fallback = "the installed application was modified"},
+      {.name = "a tampered delta", .installed = "10t", .fallback = "the signature does not verify"},
+      {.name = "no delta from that version", .installed = "9", .fallback = "_to_11.delta: 404"},
+      {.name = "a path through ..",
+       .installed = "10a",
+       .fallback = "is not a plain path inside the bundle",
+       .hostile = [&](auto& manifest, auto&, auto&) { carried(manifest)->path = "../../escaped"; }},
+      {.name = "an absolute path",
+       .installed = "10b",
+       .fallback = "is not a plain path inside the bundle",
+       .hostile = [&](auto& manifest, auto&, auto& run) { carried(manifest)->path = run.At("/escaped"); }},
+      {.name = "a file written through a link out of the bundle",
+       .installed = "10c",
+       .fallback = "points outside the bundle",
+       .hostile =
+           [&](auto& manifest, auto&, auto&) {
+             carried(manifest)->path = "Contents/out/escaped";
+             manifest.entries.insert(carried(manifest).base() - 1,
+                                     {.path = "Contents/out", .kind = EntryKind::Link, .target = "../.."});
+           }},
+      {.name = "a patch that expands without end",
+       .installed = "10d",
+       .fallback = "expands past its file's",
+       .hostile =
+           [&](auto& manifest, auto& frames, auto&) {
+             frames.back() = testing::ReadFile(site + "/bomb.zst");
+             carried(manifest)->frameSize = frames.back().size();
+           }},
+  };
+  std::string froms;
+  for (const Row& row : rows) {
+    if (row.installed == "10") continue;
+    sh.Execute("mkdir '" + site + "/" + row.installed + "' && cp -a '" + old + "' '" + site + "/" + row.installed +
+               "'");
+    testing::MakeApplication(site + "/" + row.installed + "/Velmaris.app", row.installed);
+    if (row.installed != "9") froms += " --from '" + site + "/" + row.installed + "/Velmaris.app'";
+  }
+  sh.Execute("VELMARIS_DELTA_WRITER='" VELMARIS_BUILD_DIR "/velmaris_delta' '" VELMARIS_SOURCE_DIR
+             "/scripts/publish-update' --from '" +
+             old + "'" + froms + " '" + fresh + "' 11 '" + site + "' '" + site +
+             "/a.key' >/dev/null && printf x | dd of=" + Files() + "/" + DeltaFileName("10t", "11") +
+             " bs=1 seek=3000 conv=notrunc 2>/dev/null");
+  ASSERT_EQ(sh.ErrorCode(), 0);
+  for (Row& row : rows) {
+    sh.Execute("mkdir -p '" + row.run.At("/Applications") + "' && cp -a '" + site + "/" + row.installed +
+               "/Velmaris.app' '" + row.run.At(kApplication) + "'");
+    if (row.installed == "10m") testing::WriteFile(row.run.At(kApplication + "/Contents/Data/7"), "changed");
+    if (row.hostile) {
+      // The delta turned hostile, and signed again.
+      const std::string path = Files() + "/" + DeltaFileName(row.installed, "11");
+      const FileDescriptor file(::open(path.c_str(), O_RDONLY));
+      DeltaReader reader;
+      ASSERT_EQ(reader.Open(ReadFromFile(file.Get()), fs::file_size(path)), "");
+      DeltaManifest manifest = reader.Manifest();
+      std::vector<std::string> frames;
+      for (size_t i = 0; i < manifest.entries.size(); ++i) {
+        if (manifest.entries[i].frameSize > 0) {
+          ASSERT_EQ(reader.Frame(i, frames.emplace_back()), "");
+        }
+      }
+      row.hostile(manifest, frames, row.run);
+      ASSERT_EQ(WriteDeltaFile(path, manifest, frames), "");
+      sh.Execute("minisign -S -s '" + site + "/a.key' -m '" + path + "' >/dev/null");
+    }
+    Start(row.run, "11", 0, kApplication, key);
+  }
+  // Each path with its kind, mode and link target, and a file's content by its digest.
+  const auto tree = [](const std::string& folder) {
+    std::map<std::string, std::string> entries;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+      const fs::file_status status = entry.symlink_status();
+      std::string& seen = entries[entry.path().lexically_relative(folder).string()];
+      seen = std::to_string(int(status.type())) + " " + std::to_string(int(status.permissions()));
+      if (fs::is_symlink(status)) seen += " " + fs::read_symlink(entry.path()).string();
+      if (fs::is_regular_file(status))
+        seen += " " + std::to_string(std::hash<std::string>()(testing::ReadFile(entry.path())));
+    }
+    return entries;
+  };
+  const auto expected = tree(fresh);
+  ASSERT_TRUE(expected.at("Contents/Frameworks/K.framework/K").ends_with(" Versions/Current/K"));
+  for (Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string errors = row.run.Finish();
+    EXPECT_NE(errors.find(row.fallback == "" ? "Update installation in progress..." : row.fallback), std::string::npos)
+        << errors;
+    EXPECT_EQ(errors.find("is not used") == std::string::npos, row.fallback == "") << errors;
+    EXPECT_EQ(errors.find("Errors encountered"), std::string::npos) << errors;
+    EXPECT_TRUE(tree(row.run.At(kApplication)) == expected);
+    ExpectNothingLeft(row.run);
+    EXPECT_FALSE(fs::exists(row.run.At("/escaped")));
+    EXPECT_EQ(row.run.Opened(true), "opened 11\n");
+  }
+  // What Python served for the delta from version 10: the delta and its signature.
+  mPython.kill();
+  mPython.waitForFinished();
+  uint64_t served = 0;
+  for (const QString& line : QString(mPython.readAllStandardError()).split('\n')) {
+    if (line.contains("_10_to_11") && line.contains("\" 200 ")) {
+      served += fs::file_size(site + line.section(' ', 6, 6).toStdString());
+    }
+  }
+  EXPECT_GT(served, 0U);
+  EXPECT_LE(served, fs::file_size(Files() + "/Velmaris_11.dmg.zip") / 10);
 }
 
 // The hosts that publishers use: nginx over TLS, its certificate from a test
