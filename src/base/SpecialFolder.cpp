@@ -18,12 +18,4 @@ Ref<FolderItem> SpecialFolder::ApplicationData() {
 #endif
 }
 
-Ref<FolderItem> SpecialFolder::Volumes() {
-#if !defined(Q_OS_MACOS)
-  const std::string volumes = System::EnvironmentVariable("VELMARIS_VOLUMES");
-  if (volumes.starts_with('/')) return New<FolderItem>(volumes, FolderItem::PathModes::Shell);
-#endif
-  return New<FolderItem>("/Volumes", FolderItem::PathModes::Shell);
-}
-
 }  // namespace velmaris

@@ -81,6 +81,10 @@ class VelmarisMAJ : public Application {
   // same for every spelling of its path: the name of its lock and of the
   // tool's own folder in Downloads.
   std::string CleApplication();
+  // The tool's own folder in Downloads for this application, where its
+  // downloads, their records and the unpacked disk image go:
+  // "Downloads/.VelmarisMAJ-<key>" under home ("~" alone for command lines).
+  std::string CheminDossierPropre(const std::string& home);
 
  private:
   std::shared_ptr<InstanceLock> mVerrouApplication;

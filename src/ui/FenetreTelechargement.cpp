@@ -123,10 +123,11 @@ void FenetreTelechargement::_CreateControls0() {
     Downloader_ReceiveProgress(sender, bytesReceived, totalBytes, newData);
   };
   Downloader().Error = [this](HTTPSocket& sender, int64_t code) { Downloader_Error(sender, code); };
-  mSurveillanceTelechargement.Action = [this](Timer& sender) {
-    AbandonnerTelechargement("the download failed: nothing arrived from " + mURLTelechargement + " for " +
-                             Format(static_cast<double>(sender.Period()) / 1000.0, "0.#") + " s");
+  Downloader().HeadersReceived = [this](HTTPSocket& sender, const Ref<InternetHeaders>& headers, int64_t httpStatus) {
+    Downloader_HeadersReceived(sender, headers, httpStatus);
   };
+  mSurveillanceTelechargement.Action = [this](Timer& /*sender*/) { ControlerDebit(); };
+  mReprise.Action = [this](Timer& /*sender*/) { RelancerTelechargement(); };
 
   _AddControl("ImageLogo", _NewControl<Canvas>());
   ImageLogo().SetBackdrop(Logo());

@@ -12,6 +12,8 @@ std::string kLabelTelechargement0(const std::string& language = "");
 std::string kLabelTelechargement1(const std::string& language = "");
 std::string kLabelTelechargement2(const std::string& language = "");
 std::string kLabelTelechargement3(const std::string& language = "");
+// While a lost connection is resumed, followed by " (2/5)".
+std::string kLabelReprise(const std::string& language = "");
 std::string kLabelRestaurationDB(const std::string& language = "");
 std::string kTitreFenetreRestaurerDB(const std::string& language = "");
 std::string kMsgBoxErreurMAJ0(const std::string& language = "");

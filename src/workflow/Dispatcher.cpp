@@ -80,6 +80,10 @@ std::string VelmarisMAJ::CleApplication() {
   return cle;
 }
 
+std::string VelmarisMAJ::CheminDossierPropre(const std::string& home) {
+  return home + "/Downloads/.VelmarisMAJ-" + CleApplication();
+}
+
 bool VelmarisMAJ::VerrouillerApplication() {
   mVerrouApplication = std::make_shared<InstanceLock>(CleApplication());
   return mVerrouApplication->Held();

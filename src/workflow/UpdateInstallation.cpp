@@ -9,13 +9,11 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
-#include <vector>
 
 #include "base/FolderItem.h"
 #include "base/InfoPlist.h"
 #include "base/Runtime.h"
 #include "base/Shell.h"
-#include "base/SpecialFolder.h"
 #include "base/StringFunctions.h"
 #include "base/System.h"
 #include "base/ZipDirectory.h"
@@ -38,43 +36,39 @@ String Guillemets(const String& path) { return "\"" + path + "\""; }
 Ref<FolderItem> Dossier(const String& chemin) { return New<FolderItem>(chemin, FolderItem::PathModes::Shell); }
 
 // The files and command lines of one update, worked out from the download's
-// URL and the installed application's path. The disk image is unpacked into
-// a folder of the tool's own in Downloads, named after the application, so
-// that nothing of the user's there is written over or removed.
+// URL and the installed application's path. The archive lies in the tool's
+// own folder in Downloads, named after the application, and is unpacked and
+// mounted there, so that nothing of the user's is written over or removed,
+// and two applications updated at once never meet.
 struct Installation {
   Installation() {
     VelmarisMAJ& app = App();
     strFichierZip = app.ExtraireNomFichier(app.strURLGlobal);
     strFichierDMG = Replace(strFichierZip, ".zip", "");
     strVolume = Replace(strFichierDMG, ".dmg", "");
-    const String telechargements = System::EnvironmentVariable("HOME") + "/Downloads/";
-    strCheminTelechargement = telechargements + strFichierZip;
-    const String strDossierPropre = ".VelmarisMAJ-" + app.CleApplication();
-    dossierPropre = Dossier(telechargements + strDossierPropre);
+    dossierPropre = Dossier(app.CheminDossierPropre(System::EnvironmentVariable("HOME")));
+    strCheminTelechargement = dossierPropre->Child(strFichierZip)->NativePath();
     image = dossierPropre->Child(strFichierDMG);
+    volume = dossierPropre->Child(strVolume);
     application = Dossier(app.strCheminApp);
     // Beside the installed application, so on its volume: the names can be exchanged.
     copieEntrante = application->Parent()->Child("." + application->Name() + ".incoming");
     copieSortante = application->Parent()->Child("." + application->Name() + ".outgoing");
-    volume = SpecialFolder::Volumes()->Child(strVolume);
 
     // Only the disk image is taken from the archive.
-    unzip = "unzip -q -d ~/Downloads/" + strDossierPropre + " ~/Downloads/" + strFichierZip + " " + strFichierDMG;
-    mount = "hdiutil mount ~/Downloads/" + strDossierPropre + "/" + strFichierDMG;
-    removeOwnFolder = "rm -rf ~/Downloads/" + strDossierPropre;
-    copyApplication = "ditto -rsrc /Volumes/" + strVolume + "/Velmaris.app " + Guillemets(copieEntrante->NativePath());
-    unmount = "hdiutil unmount /Volumes/" + strVolume;
-    removeDownloads = "rm ~/Downloads/" + strFichierZip;
-    // A signed archive's signature goes with it.
-    if (Dossier(strCheminTelechargement + ".minisig")->Exists()) {
-      removeDownloads += " ~/Downloads/" + strFichierZip + ".minisig";
-    }
+    const String propre = app.CheminDossierPropre("~");
+    unzip = "unzip -o -q -d " + propre + " " + propre + "/" + strFichierZip + " " + strFichierDMG;
+    mount = "hdiutil attach -nobrowse -mountpoint " + propre + "/" + strVolume + " " + propre + "/" + strFichierDMG;
+    copyApplication =
+        "ditto -rsrc " + propre + "/" + strVolume + "/Velmaris.app " + Guillemets(copieEntrante->NativePath());
+    unmount = "hdiutil detach " + propre + "/" + strVolume;
+    removeOwnFolder = "rm -rf " + propre;
     openApplication = "open " + Guillemets(app.strCheminApp);
   }
 
   String strFichierZip, strFichierDMG, strVolume, strCheminTelechargement;
-  Ref<FolderItem> dossierPropre, image, application, copieEntrante, copieSortante, volume;
-  String unzip, mount, removeOwnFolder, copyApplication, unmount, removeDownloads, openApplication;
+  Ref<FolderItem> dossierPropre, image, volume, application, copieEntrante, copieSortante;
+  String unzip, mount, copyApplication, unmount, removeOwnFolder, openApplication;
   const String wait = "Sleep 1";
 };
 
@@ -181,7 +175,6 @@ bool NormaliserCopie(const Ref<FolderItem>& copie) {
   if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
   if (bMonte) sh.Execute(installation.unmount);
   sh.Execute(installation.removeOwnFolder);
-  sh.Execute(installation.removeDownloads);
   sh.Execute(installation.openApplication);
   Quit(0);
 }
@@ -203,12 +196,11 @@ String DefautArchive(const Installation& installation) {
 
 // The staging folder is filled, by the copy from the volume or from a
 // delta: its last checks, then the exchange, the clean-up (the volume
-// unmounted when it was mounted, the road's downloads removed) and the
+// detached when it was attached, the tool's folder removed) and the
 // opening of the new application, the end of the run. Returns only when the
 // staging folder was refused or could not take the installed application's
 // place, which is then untouched: why.
-String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool bMonte,
-                              const std::vector<String>& retirerTelechargements) {
+String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool bMonte) {
   VelmarisMAJ& app = App();
   if (!NormaliserCopie(installation.copieEntrante)) return "the new application holds a device, a fifo or a socket";
   // Another application's bundle must not take this one's place.
@@ -230,7 +222,7 @@ String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool 
     sh.Execute(installation.unmount);
     sh.Execute(installation.wait);
   }
-  for (const String& commande : retirerTelechargements) sh.Execute(commande);
+  sh.Execute(installation.removeOwnFolder);
   sh.Execute(installation.openApplication);
   if (sh.ErrorCode() != 0) {
     app.NoterRaison("the new application at " + installation.application->NativePath() +
@@ -252,19 +244,19 @@ void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
   for (const Ref<FolderItem>& copie : {installation.copieEntrante, installation.copieSortante}) {
     if (copie->Exists()) sh.Execute(RemoveFolder(copie));
   }
-  // Mounted again over it, a volume of the same name would hide the new one.
+  // Attached again over it, a volume would hide the new one.
   if (installation.volume->Exists()) sh.Execute(installation.unmount);
-  if (installation.dossierPropre->Exists()) sh.Execute(installation.removeOwnFolder);
-  std::vector<String> fichiers = {installation.strCheminTelechargement,
-                                  installation.strCheminTelechargement + ".minisig"};
-  if (mURLDelta != "") {
-    const String delta = System::EnvironmentVariable("HOME") + "/Downloads/" + App().ExtraireNomFichier(mURLDelta);
-    fichiers.push_back(delta);
-    fichiers.push_back(delta + ".minisig");
-  }
-  for (const String& fichier : fichiers) {
-    const auto reste = Dossier(fichier);
-    if (reste->Exists() && !reste->Directory()) reste->Delete();
+  // Of the tool's folder only a download that this run goes on with stays:
+  // the archive of the same URL and its record.
+  std::error_code erreur;
+  for (const auto& entree : fs::directory_iterator(installation.dossierPropre->NativePath(), erreur)) {
+    const String nom = entree.path().filename().string();
+    if (TelechargementRepris(entree.path().string())) continue;
+    if (entree.is_directory(erreur) && !entree.is_symlink(erreur)) {
+      sh.Execute(RemoveFolder(Dossier(entree.path().string())));
+    } else {
+      Dossier(entree.path().string())->Delete();
+    }
   }
 }
 
@@ -290,18 +282,13 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
                     Str(app.RetournerTailleFichier(installation.strCheminTelechargement)) + " bytes, fewer than the " +
                     Str(kTailleMinimaleArchive) + " of a release");
     app.AfficherMessage(Strings::kMsgBoxErreurMAJ2(), Strings::kMsgBoxVelmarisDispo(), true);
-    sh.Execute(installation.removeDownloads);
+    sh.Execute(installation.removeOwnFolder);
     sh.Execute(installation.openApplication);
     Quit(0);
   }
 
   const String defaut = DefautArchive(installation);
   if (defaut != "") AbandonnerInstallation(sh, installation, false, defaut);
-  installation.dossierPropre->CreateAsFolder();
-  if (installation.dossierPropre->LastErrorCode() != 0) {
-    AbandonnerInstallation(sh, installation, false,
-                           "the folder " + installation.dossierPropre->NativePath() + " could not be made");
-  }
   sh.Execute(installation.unzip);
   const bool bDezippe = sh.ErrorCode() == 0;
   // Unpacked as a link or a folder, the image would lead the mount elsewhere.
@@ -326,9 +313,7 @@ void FenetreTelechargement::TimerInstallation_Action(Timer& /*sender*/) {
   sh.Execute(installation.copyApplication);
   if (sh.ErrorCode() != 0) AbandonnerInstallation(sh, installation, bMonte, "the copy of the new application failed");
   // Back from the last step only with why it refused the staging folder.
-  AbandonnerInstallation(
-      sh, installation, bMonte,
-      InstallerCopieEntrante(sh, installation, bMonte, {installation.removeOwnFolder, installation.removeDownloads}));
+  AbandonnerInstallation(sh, installation, bMonte, InstallerCopieEntrante(sh, installation, bMonte));
 }
 
 void FenetreTelechargement::InstallerDelta(Shell& sh) {
@@ -339,14 +324,11 @@ void FenetreTelechargement::InstallerDelta(Shell& sh) {
   if (installation.application->Directory() && ApplicationRemplacable(App().strCheminApp, installation.application) &&
       !installation.copieSortante->Exists()) {
     defaut =
-        ApplyDelta(System::EnvironmentVariable("HOME") + "/Downloads/" + delta, App().strCheminApp,
+        ApplyDelta(installation.dossierPropre->Child(delta)->NativePath(), App().strCheminApp,
                    installation.copieEntrante->NativePath(), mVersionInstallee, App().RetournerValeurArgument("MAJ"));
   }
   if (defaut == "" && !ApplicationInstallable(installation.copieEntrante)) defaut = "it builds no application";
-  if (defaut == "") {
-    defaut = InstallerCopieEntrante(sh, installation, false,
-                                    {"rm ~/Downloads/" + delta + " ~/Downloads/" + delta + ".minisig"});
-  }
+  if (defaut == "") defaut = InstallerCopieEntrante(sh, installation, false);
   if (installation.copieEntrante->Exists()) sh.Execute(RemoveFolder(installation.copieEntrante));
   RenoncerDelta(defaut);
 }

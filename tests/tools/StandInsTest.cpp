@@ -1,5 +1,5 @@
 // The stand-ins for the macOS commands, run through Shell as the jobs run
-// them, under a temporary volumes root.
+// them, in a temporary folder.
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
@@ -19,7 +19,6 @@ class StandInsTest : public ::testing::Test {
   // The contents of a disk image: an application with an executable, a
   // plain file of another mode, a link, and times of their own.
   void SetUp() override {
-    mSandbox.Set("VELMARIS_VOLUMES", At("/Volumes"));
     testing::MakeApplication(At("/image/Velmaris.app"), "2.1.0");
     fs::permissions(At("/image/Velmaris.app/Contents/version.txt"), fs::perms(0640));
     fs::create_symlink("MacOS/Velmaris", At("/image/Velmaris.app/Contents/Executable"));
@@ -47,21 +46,22 @@ class StandInsTest : public ::testing::Test {
   Shell mShell;
 };
 
-// A failed command (a second mount, a broken image, an unmount of what is no
+// A failed command (a second attach, a broken image, a detach of what is no
 // volume) leaves the volumes as they were and touches nothing else.
 TEST_F(StandInsTest, DiskImagesMountCopyAndUnmount) {
-  const std::string image = At("/Downloads/Velmaris_2.1.0.dmg"), volume = At("/Volumes/Velmaris_2.1.0");
+  const std::string image = At("/Downloads/Velmaris_2.1.0.dmg"), volume = At("/Downloads/Velmaris_2.1.0");
+  const std::string attach = "hdiutil attach -nobrowse -mountpoint '" + volume + "' '" + image + "'";
   const std::string installed = At("/Applications/Velmaris.app");
   for (const std::string format : {"ustar", "iso9660"}) {
     SCOPED_TRACE(format);
     ASSERT_EQ(Run("bsdtar -c --format " + format + " -f '" + image + "' -C '" + At("/image") + "' ."), 0);
-    EXPECT_EQ(Run("hdiutil mount '" + image + "' >/dev/null"), 0);
+    EXPECT_EQ(Run(attach + " >/dev/null"), 0);
     ASSERT_TRUE(fs::is_regular_file(volume + "/Velmaris.app/Contents/MacOS/Velmaris"));
     EXPECT_EQ(fs::status(volume).permissions() & fs::perms(0222), fs::perms::none) << "read-only at its top";
-    EXPECT_NE(Run("hdiutil mount '" + image + "' 2>/dev/null"), 0);
-    EXPECT_EQ(Run("ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + installed + "\""), 0);
+    EXPECT_NE(Run(attach + " 2>/dev/null"), 0);
+    EXPECT_EQ(Run("ditto -rsrc '" + volume + "/Velmaris.app' \"" + installed + "\""), 0);
     EXPECT_EQ(Tree(installed), Tree(volume + "/Velmaris.app"));
-    EXPECT_EQ(Run("hdiutil unmount /Volumes/Velmaris_2.1.0 >/dev/null"), 0);
+    EXPECT_EQ(Run("hdiutil detach '" + volume + "' >/dev/null"), 0);
     fs::remove_all(At("/Applications"));
   }
   fs::create_directories(At("/Elsewhere"));
@@ -69,12 +69,13 @@ TEST_F(StandInsTest, DiskImagesMountCopyAndUnmount) {
   testing::WriteFile(At("/Downloads/Broken.dmg"), std::string(4096, '\x17'));
   // ditto copies no folder through a link: a link to / would bring everything.
   for (const std::string& command :
-       {"hdiutil mount '" + At("/Downloads/Broken.dmg") + "'", "hdiutil unmount '" + At("/Elsewhere") + "'",
-        std::string("hdiutil unmount /Volumes/.."),
+       {"hdiutil attach -mountpoint '" + volume + "' '" + At("/Downloads/Broken.dmg") + "'",
+        "hdiutil detach '" + volume + "'", "hdiutil attach '" + image + "'",
         "ditto -rsrc '" + At("/Elsewhere/Link.app") + "' '" + At("/Elsewhere/Copy.app") + "'"}) {
     EXPECT_NE(Run(command + " 2>/dev/null"), 0) << command;
   }
-  EXPECT_TRUE(fs::is_empty(At("/Volumes")) && !fs::exists(At("/Elsewhere/Copy.app")));
+  EXPECT_EQ(std::distance(fs::directory_iterator(At("/Downloads")), fs::directory_iterator()), 2);
+  EXPECT_FALSE(fs::exists(At("/Elsewhere/Copy.app")));
 }
 
 // The application gets the user's own PATH, without the stand-ins.

@@ -51,7 +51,6 @@ TEST(UpdateDownload, ProgressShowsThePercentageOrTheAmount) {
 // wait; anything else is the download's failure.
 TEST(UpdateDownload, WhatArrivedIsCheckedBeforeTheHandOver) {
   testing::Sandbox sandbox;
-  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
   struct Row {
     const char* name;
     int64_t status = 200;
@@ -71,6 +70,9 @@ TEST(UpdateDownload, WhatArrivedIsCheckedBeforeTheHandOver) {
     window->TimerQuit().SetMode(0);
     App().strURLGlobal = "http://update.example/downloads/files/Velmaris_2.1.0.dmg.zip";
     App().strCheminApp = "/Applications/Velmaris.app";
+    const std::string archive = App().CheminDossierPropre(sandbox.At("/home")) + "/Velmaris_2.1.0.dmg.zip";
+    std::filesystem::create_directories(sandbox.At("/home/Downloads"));
+    std::filesystem::create_directories(App().CheminDossierPropre(sandbox.At("/home")));
     testing::WriteFile(archive, std::string(row.written, 'z'));
     auto headers = New<InternetHeaders>();
     if (!row.length.empty()) headers->SetHeader("Content-Length", row.length);
@@ -110,13 +112,13 @@ TEST(UpdateDownload, ClosedDuringTheDownloadRemovesTheArchiveAndReopensTheApplic
   testing::Sandbox sandbox;
   testing::TestServer stalling;
   sandbox.Set("VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(stalling.Port()));
-  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
   const std::string application = sandbox.At("/Applications/Velmaris.app");
   testing::TestWindow window({"VelmarisMAJ", "--REPAPP:" + application, "--MAJ:2.1.0"});
   testing::Recording recording;
   testing::VirtualTime time;
   window->TimerQuit().SetMode(0);
   _CallFunctionWithExceptionHandling([&window] { window->TimerQuit_Action(window->TimerQuit()); });
+  const std::string archive = App().CheminDossierPropre(sandbox.At("/home")) + "/Velmaris_2.1.0.dmg.zip";
   ASSERT_TRUE(fs::exists(archive));
   window->close();
   EXPECT_TRUE(RunIsEnding());

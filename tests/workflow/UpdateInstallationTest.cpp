@@ -20,35 +20,35 @@ namespace fs = std::filesystem;
 
 TEST(UpdateInstallation, EveryRoad) {
   testing::Sandbox sandbox;
-  sandbox.Set("VELMARIS_VOLUMES", sandbox.At("/Volumes"));
+  // The tool's own folder in Downloads, named after the application: its path, and as commands write it.
+  const auto own = [&sandbox](const std::string& application, bool forCommands) {
+    const QByteArray path = QByteArray::fromStdString(fs::weakly_canonical(application).string());
+    const std::string name = "/Downloads/.VelmarisMAJ-" +
+                             QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
+    return (forCommands ? "~" : sandbox.At("/home")) + name;
+  };
   // With a blank, which every command must hold between quotes.
   const std::string application = sandbox.At("/Applications/Velmaris Beta.app");
   const std::string incoming = sandbox.At("/Applications/.Velmaris Beta.app.incoming");
-  const std::string source = sandbox.At("/Volumes/Velmaris_2.1.0/Velmaris.app");
-  const std::string archive = sandbox.At("/home/Downloads/Velmaris_2.1.0.dmg.zip");
-  // The tool's own folder in Downloads, named after the application.
-  const std::string own = "~/Downloads/.VelmarisMAJ-" +
-                          QCryptographicHash::hash(QByteArray::fromStdString(application), QCryptographicHash::Md5)
-                              .toHex()
-                              .left(16)
-                              .toStdString();
-  const std::string unzip = "unzip -q -d " + own + " ~/Downloads/Velmaris_2.1.0.dmg.zip Velmaris_2.1.0.dmg";
-  const std::string mount = "hdiutil mount " + own + "/Velmaris_2.1.0.dmg";
-  const std::string rmOwn = "rm -rf " + own;
-  const std::string ditto = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" + incoming + "\"";
+  const std::string source = own(application, false) + "/Velmaris_2.1.0/Velmaris.app";
+  const std::string mine = own(application, true);
+  const std::string unzip = "unzip -o -q -d " + mine + " " + mine + "/Velmaris_2.1.0.dmg.zip Velmaris_2.1.0.dmg";
+  const std::string mount =
+      "hdiutil attach -nobrowse -mountpoint " + mine + "/Velmaris_2.1.0 " + mine + "/Velmaris_2.1.0.dmg";
+  const std::string rmOwn = "rm -rf " + mine;
+  const std::string ditto = "ditto -rsrc " + mine + "/Velmaris_2.1.0/Velmaris.app \"" + incoming + "\"";
   const std::string rmOld = "rm -rf \"" + sandbox.At("/Applications/.Velmaris Beta.app.outgoing") + "\"";
-  const std::string unmount = "hdiutil unmount /Volumes/Velmaris_2.1.0";
-  const std::string rmDownloads = "rm ~/Downloads/Velmaris_2.1.0.dmg.zip";
+  const std::string unmount = "hdiutil detach " + mine + "/Velmaris_2.1.0";
   const std::string open = "open \"" + application + "\"";
   const std::string wait = "Sleep 1";
-  const std::vector<std::string> success = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, rmDownloads, open};
+  const std::vector<std::string> success = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, open};
   // The dialogs: the application is kept, or a fresh installation is required.
   const std::string notUpdated = "Velmaris application has not been updated.";
   const std::string download = testing::CautionLine("Errors encountered in downloading the update !", notUpdated);
   const std::string kept = testing::CautionLine("Errors encountered in installing the update !", notUpdated);
   const std::string fresh = testing::CautionLine("Errors encountered in installing the update !",
                                                  "A \u00ab\u00a0fresh\u00a0\u00bb installation is required.");
-  const std::vector<std::string> refused = {unzip, mount, kept, unmount, rmOwn, rmDownloads, open};
+  const std::vector<std::string> refused = {unzip, mount, kept, unmount, rmOwn, open};
   struct Row {
     const char* name;
     int64_t archive = 20000;  // its size; -1 for none; from 10000 on, a zip holding the disk image
@@ -61,18 +61,16 @@ TEST(UpdateInstallation, EveryRoad) {
       {.name = "success", .seen = success, .installed = "2.1.0"},
       {.name = "an archive of exactly 10000 bytes passes", .archive = 10000, .seen = success, .installed = "2.1.0"},
       {.name = "no archive", .archive = -1, .seen = {download, open}},
-      {.name = "an archive of 9999 bytes is an error page", .archive = 9999, .seen = {download, rmDownloads, open}},
+      {.name = "an archive of 9999 bytes is an error page", .archive = 9999, .seen = {download, rmOwn, open}},
       {.name = "unzip fails, mount runs and is undone", .fail = {{"unzip", 9}}, .seen = refused},
-      {.name = "mount fails", .fail = {{"hdiutil mount", 1}}, .seen = {unzip, mount, kept, rmOwn, rmDownloads, open}},
-      {.name = "the copy fails",
-       .fail = {{"ditto", 1}},
-       .seen = {unzip, mount, ditto, kept, unmount, rmOwn, rmDownloads, open}},
+      {.name = "mount fails", .fail = {{"hdiutil attach", 1}}, .seen = {unzip, mount, kept, rmOwn, open}},
+      {.name = "the copy fails", .fail = {{"ditto", 1}}, .seen = {unzip, mount, ditto, kept, unmount, rmOwn, open}},
       {.name = "opening the new application fails",
        .fail = {{"open", 1}},
-       .seen = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, rmDownloads, open, fresh},
+       .seen = {unzip, mount, ditto, wait, rmOld, unmount, wait, rmOwn, open, fresh},
        .installed = "2.1.0"},
       {.name = "the clean-up's own failures change nothing",
-       .fail = {{"rm ~", 1}, {"rm -rf", 1}, {"hdiutil unmount", 1}, {"Sleep", 1}},
+       .fail = {{"rm -rf", 1}, {"hdiutil detach", 1}, {"Sleep", 1}},
        .seen = success,
        .installed = "2.1.0"},
       // The other ways the volume can fail the check are rows of the end-to-end test.
@@ -80,13 +78,15 @@ TEST(UpdateInstallation, EveryRoad) {
        .seen = refused,
        .volume = [&] { fs::permissions(source + "/Contents/MacOS/Velmaris", fs::perms(0644)); }},
       {.name = "a staging folder the recovery could not remove",
-       .seen = {unzip, mount, kept, "rm -rf \"" + incoming + "\"", unmount, rmOwn, rmDownloads, open},
+       .seen = {unzip, mount, kept, "rm -rf \"" + incoming + "\"", unmount, rmOwn, open},
        .volume = [&] { testing::MakeApplication(incoming, "0", 1); }},
   };
-  // A stored zip (no extra fields) of that size holding the disk image, or bytes of no zip below 10000.
-  const auto writeArchive = [&](int64_t size) {
+  // In the application's own folder: the volume, as mounted, and a stored zip (no extra fields) of that size
+  // holding the disk image, or bytes of no zip below 10000.
+  const auto lay = [&](const std::string& path, int64_t size) {
     fs::remove_all(sandbox.At("/home/Downloads"));
-    fs::create_directories(sandbox.At("/home/Downloads"));
+    const std::string folder = own(path, false), archive = folder + "/Velmaris_2.1.0.dmg.zip";
+    testing::MakeApplication(folder + "/Velmaris_2.1.0/Velmaris.app", "2.1.0", 3);
     if (size < 10000) {
       if (size >= 0) testing::WriteFile(archive, std::string(static_cast<size_t>(size), 'z'));
       return;
@@ -114,11 +114,9 @@ TEST(UpdateInstallation, EveryRoad) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     fs::remove_all(sandbox.At("/Applications"));
-    fs::remove_all(sandbox.At("/Volumes"));
     testing::MakeApplication(application, "1", 3);
-    testing::MakeApplication(source, "2.1.0", 3);
+    lay(application, row.archive);
     row.volume();
-    writeArchive(row.archive);
     EXPECT_EQ(install(application, row.fail), row.seen);
     EXPECT_EQ(testing::InstalledVersion(application), row.installed);
     // Only a removal that failed leaves the old copy beside the application.
@@ -127,8 +125,6 @@ TEST(UpdateInstallation, EveryRoad) {
   }
   // Only a folder named like a bundle that is neither the root nor home is
   // replaced; where nothing stands, an earlier run's failure is made good.
-  fs::remove_all(sandbox.At("/Volumes"));
-  testing::MakeApplication(source, "2.1.0", 3);
   fs::create_directories(sandbox.At("/Velmaris"));
   fs::create_directories(sandbox.At("/.app"));
   fs::create_directory_symlink("/", sandbox.At("/Root.app"));
@@ -136,9 +132,9 @@ TEST(UpdateInstallation, EveryRoad) {
   for (const std::string name :
        {"/Missing/Velmaris.app", "/Velmaris", "/.app", "/Root.app", "/Home.app", "/Applications/Missing.app"}) {
     const std::string path = sandbox.At(name);
-    writeArchive(20000);
+    lay(path, 20000);
     const bool recovered = name == "/Applications/Missing.app";
-    const std::string copy = "ditto -rsrc /Volumes/Velmaris_2.1.0/Velmaris.app \"" +
+    const std::string copy = "ditto -rsrc " + own(path, true) + "/Velmaris_2.1.0/Velmaris.app \"" +
                              sandbox.At("/Applications/.Missing.app.incoming") + "\"";
     EXPECT_EQ(install(path, {}).at(2), recovered ? copy : kept) << path;
     if (recovered) {

@@ -51,6 +51,10 @@
         <source>A «&#xa0;fresh&#xa0;» installation is required.</source>
         <translation>Une installation «&#xa0;propre&#xa0;» est nécessaire.</translation>
     </message>
+    <message id="Strings.kLabelReprise">
+        <source>Connection lost, resuming...</source>
+        <translation>Connexion perdue, reprise…</translation>
+    </message>
     <message id="Strings.kTitreFenetreTelechargement">
         <source>Velmaris Update</source>
         <translation>Mise à jour de Velmaris</translation>
