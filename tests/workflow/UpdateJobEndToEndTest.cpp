@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
@@ -658,6 +659,16 @@ TEST_F(UpdateJobEndToEnd, KilledAtAnyMomentTheApplicationStaysWholeAndTheRetryIn
     testing::ToolRun run = {};
     bool killed = false;
   } moments[] = {
+      // The stand-in of hdiutil unpacks the image beside its mount point.
+      {.name = "during the attach",
+       .reached =
+           [](const testing::ToolRun& run) {
+             std::error_code error;
+             return std::ranges::any_of(fs::directory_iterator(OwnFolder(run), error), [](const auto& entry) {
+               return entry.path().filename().string().starts_with(".Velmaris_2.0.0.");
+             });
+           },
+       .standing = "1"},
       {.name = "during the copy",
        .reached =
            [](const testing::ToolRun& run) { return fs::exists(run.At("/Applications/.Velmaris.app.incoming")); },
@@ -709,19 +720,152 @@ TEST_F(UpdateJobEndToEnd, KilledAtAnyMomentTheApplicationStaysWholeAndTheRetryIn
 
 // Two runs on one application at once: one does the update, the other ends
 // at once without touching anything.
+// An archive is never fetched twice: a run killed half-way leaves what the
+// next run goes on with (unless the server's file changed, or it has no
+// ranges), and in one run a connection that drips, stalls or drops goes on
+// where it stopped.
+TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
+  QTemporaryDir peers;
+  const std::string tls = std::to_string(testing::TestServer::RefusingPort()),
+                    log = peers.filePath("access.log").toStdString();
+  fs::create_directories(peers.filePath("nginx/tls.d").toStdString());
+  testing::WriteFile(peers.filePath("nginx/tls.d/slow.conf").toStdString(), "limit_rate 300k;\n");
+  testing::Peer nginx(
+      VELMARIS_SOURCE_DIR "/tests/support/serve-nginx",
+      {peers.filePath("nginx"), mWeb.path(), tls.c_str(), QString::number(testing::TestServer::RefusingPort()),
+       QString::number(testing::TestServer::RefusingPort())});
+  if (!nginx.Listens("127.0.0.1", std::stoi(tls))) GTEST_SKIP() << nginx.Why();
+  // Releases of a megabyte and a half, whose application says which content it came from.
+  const auto large = [](const std::string& content) {
+    return [content](const std::string& stage) {
+      testing::MakeApplication(stage + "/Velmaris.app", content);
+      Shell sh;
+      sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
+    };
+  };
+  for (const std::string version : {"3.0.0", "3.1.0", "3.2.0"}) MakeArchive(version, large(version));
+  MakeRelease("2.0.0");
+  // In one run: the archive's first 30% and four bytes dripped, then a stall; a resume that drops half-way; the rest.
+  const std::string archive = testing::ReadFile(Files() + "/Velmaris_2.0.0.dmg.zip");
+  const size_t size = archive.size(), stalled = size * 3 / 10 + 4, dropped = stalled + (size - stalled) / 2;
+  const auto partial = [&](size_t from, size_t to) {
+    return testing::TestServer::Send("HTTP/1.0 206 Partial Content\r\nContent-Range: bytes " + std::to_string(from) +
+                                     "-" + std::to_string(size - 1) + "/" + std::to_string(size) +
+                                     "\r\nContent-Length: " + std::to_string(size - from) + "\r\n\r\n" +
+                                     archive.substr(from, to - from));
+  };
+  testing::TestServer drip;
+  testing::TestServer::Script dripping = {
+      testing::TestServer::ReadRequest(),
+      testing::TestServer::Send("HTTP/1.0 200 OK\r\nETag: \"e1\"\r\nContent-Length: " + std::to_string(size) +
+                                "\r\n\r\n" + archive.substr(0, stalled - 4))};
+  for (size_t byte = stalled - 4; byte < stalled; ++byte) {
+    dripping.push_back(testing::TestServer::Pause(500));
+    dripping.push_back(testing::TestServer::Send(archive.substr(byte, 1)));
+  }
+  drip.Serve({dripping,
+              {testing::TestServer::ReadRequest(), partial(stalled, dropped), testing::TestServer::Close()},
+              {testing::TestServer::ReadRequest(), partial(dropped, size), testing::TestServer::Close()}});
+  const std::map<std::string, std::string> https = {{"VELMARIS_UPDATE_HOST", "https://127.0.0.1:" + tls},
+                                                    {"SSL_CERT_FILE", peers.filePath("nginx/ca.pem").toStdString()}};
+  struct Row {
+    const char* name;
+    std::string version;
+    std::map<std::string, std::string> variables = {};
+    bool kill = false;  // at half of the archive, then a second run
+    std::function<void(testing::ToolRun&)> between = [](testing::ToolRun&) {};
+    double received = 1.0;  // the most of the archive that the last run receives
+    std::string installed = version;
+    testing::ToolRun run = {};
+  } rows[] = {
+      {.name = "killed at half, then resumed", .version = "3.0.0", .variables = https, .kill = true, .received = 0.55},
+      {.name = "killed at half, then the archive changed on the server",
+       .version = "3.1.0",
+       .variables = https,
+       .kill = true,
+       .between = [&](testing::ToolRun&) { MakeArchive("3.1.0", large("3.1.0b")); },
+       .installed = "3.1.0b"},
+      // The half that an earlier run left: Python's server has no ranges and sends it whole.
+      {.name = "a server without ranges",
+       .version = "3.2.0",
+       .between =
+           [&](testing::ToolRun& run) {
+             const std::string half = testing::ReadFile(Files() + "/Velmaris_3.2.0.dmg.zip");
+             fs::create_directories(OwnFolder(run));
+             testing::WriteFile(OwnFolder(run) + "/Velmaris_3.2.0.dmg.zip", half.substr(0, half.size() / 2));
+             testing::WriteFile(OwnFolder(run) + "/Velmaris_3.2.0.dmg.zip.resume",
+                                "url http://127.0.0.1:" + std::to_string(mPythonPort) +
+                                    "/downloads/files/Velmaris_3.2.0.dmg.zip\nvalidator \"x\"\nlength " +
+                                    std::to_string(half.size()) + "\nbytes " + std::to_string(half.size() / 2) +
+                                    "\nend\n");
+           }},
+      {.name = "a drip, a stall and a drop in one run",
+       .version = "2.0.0",
+       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(drip.Port())}}},
+  };
+  for (Row& row : rows) {
+    testing::MakeApplication(row.run.At(kApplication), "1");
+    if (!row.kill) row.between(row.run);
+    Start(row.run, row.version, 0, kApplication, "", row.variables);
+  }
+  // Killed once the record that it keeps holds half of the archive, and started again.
+  ASSERT_TRUE(testing::WaitUntil(
+      [&] {
+        for (Row& row : rows) {
+          const std::string record = OwnFolder(row.run) + "/Velmaris_" + row.version + ".dmg.zip.resume";
+          if (!row.kill ||
+              QString::fromStdString(testing::ReadFile(record)).section("bytes ", 1).section('\n', 0, 0).toLongLong() <
+                  800000) {
+            continue;
+          }
+          row.run.Kill();
+          row.kill = false;
+          row.between(row.run);
+          Start(row.run, row.version, 0, kApplication, "", row.variables);
+        }
+        return std::ranges::none_of(rows, [](const Row& row) { return row.kill; });
+      },
+      30000));
+  for (Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string errors = row.run.Finish();
+    EXPECT_EQ(errors.find("Errors encountered"), std::string::npos) << errors;
+    EXPECT_EQ(testing::InstalledVersion(row.run.At(kApplication)), row.installed);
+    ExpectNothingLeft(row.run);
+    // What the last run received of the archive, as its log tells: "...dmg.zip: 206 Partial Content, N bytes in".
+    const QString steps =
+        QString::fromStdString(testing::ReadFile(row.run.At("/home/.local/state/Velmaris/VelmarisMAJ.log")));
+    const double received = steps.section(".dmg.zip: 20", -1).section(", ", 1, 1).section(' ', 0, 0).toDouble();
+    EXPECT_LE(received,
+              row.received * static_cast<double>(fs::file_size(Files() + "/Velmaris_" + row.version + ".dmg.zip")));
+  }
+  const std::vector<std::string> requests = drip.Received();
+  ASSERT_EQ(requests.size(), 3U);
+  EXPECT_NE(requests[1].find("Range: bytes=" + std::to_string(stalled) + "-\r\nIf-Range: \"e1\""), std::string::npos);
+  EXPECT_NE(requests[2].find("Range: bytes=" + std::to_string(dropped) + "-"), std::string::npos);
+}
+
+// Another application of the same user, updated to the same version at the
+// same time, goes its own way to the end.
 TEST_F(UpdateJobEndToEnd, TwoInstancesAtOnceInstallOnce) {
   MakeRelease("2.0.0", 500);
   testing::ToolRun first;
   testing::ToolRun second(first.Folder());
+  testing::ToolRun other(first.Folder());
+  const std::string beta = "/Applications/Velmaris Beta.app";
   testing::MakeApplication(first.At(kApplication), "1", 500);
+  testing::MakeApplication(first.At(beta), "1", 500);
   fs::create_directories(first.At("/home/Downloads"));
   Start(first, "2.0.0");
   Start(second, "2.0.0");
-  const std::string errors = first.Finish() + second.Finish();
+  Start(other, "2.0.0", 0, beta);
+  const std::string errors = first.Finish() + second.Finish() + other.Finish();
   EXPECT_NE(errors.find("another VelmarisMAJ is at work on"), std::string::npos) << errors;
   EXPECT_EQ(errors.find("Errors encountered"), std::string::npos) << errors;
-  EXPECT_EQ(testing::InstalledVersion(first.At(kApplication)), "2.0.0");
-  ExpectNothingLeft(first);
+  for (const std::string& application : {kApplication, beta}) {
+    EXPECT_EQ(testing::InstalledVersion(first.At(application)), "2.0.0") << application;
+  }
+  EXPECT_TRUE(fs::is_empty(first.At("/home/Downloads")));
 }
 
 // A disk too small, found during the copy, or before unpacking from the
@@ -732,17 +876,26 @@ TEST_F(UpdateJobEndToEnd, AFullDiskKeepsTheApplication) {
     testing::MakeApplication(stage + "/Velmaris.app", "3.1.0");
     testing::WriteFile(stage + "/zeros", std::string(size_t{4} << 20, '\0'));
   });
+  MakeArchive("3.3.0", [](const std::string& stage) {
+    testing::MakeApplication(stage + "/Velmaris.app", "3.3.0");
+    Shell sh;
+    sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
+  });
   struct Row {
     const char* name;
     std::string version;
     std::string folder;  // a tmpfs of that size
     const char* size;
     std::string reason;
+    std::string dialog = kInstallFailed;
     testing::ToolRun run = {};
   } rows[] = {
       // Room for one application of 200 files of a page each, not for two.
       {"the copy", "2.0.0", "/Applications", "size=1200k", "the copy of the new application failed"},
       {"the disk image", "3.1.0", "/home/Downloads", "size=1m", "the disk image needs 4"},
+      // The archive and its disk image, told as the answer's length comes.
+      {"the download", "3.3.0", "/home/Downloads", "size=2m",
+       "not enough free space in ~/Downloads: 4 MB needed, 2 MB free", kDownloadFailed},
   };
   for (Row& row : rows) {
     fs::create_directories(row.run.At(row.folder));
@@ -756,7 +909,14 @@ TEST_F(UpdateJobEndToEnd, AFullDiskKeepsTheApplication) {
     SCOPED_TRACE(row.name);
     const std::string errors = row.run.Finish();
     EXPECT_NE(errors.find(row.reason), std::string::npos) << errors;
-    EXPECT_NE(errors.find(kInstallFailed + " Velmaris application has not been updated."), std::string::npos) << errors;
+    EXPECT_NE(errors.find(row.dialog + " Velmaris application has not been updated."), std::string::npos) << errors;
+    // Within a second of the download's start.
+    const QString log =
+        QString::fromStdString(testing::ReadFile(row.run.At("/home/.local/state/Velmaris/VelmarisMAJ.log")));
+    const auto time = [&log](const char* step) {
+      return QDateTime::fromString(log.section(step, 0, 0).section('\n', -1).left(25), Qt::ISODate);
+    };
+    EXPECT_LE(time(" download: GET").secsTo(time(" failure: ")), 1);
     EXPECT_EQ(testing::InstalledVersion(row.run.At(kApplication)), "1");
     ExpectNothingLeft(row.run);
     EXPECT_EQ(row.run.Opened(true), "opened 1\n");
