@@ -94,5 +94,35 @@ TEST_F(StandInsTest, OpenStartsABundleAndReturnsAtOnce) {
   EXPECT_EQ(testing::ReadFile(At("/home/opened.txt")), "opened " + System::EnvironmentVariable("PATH") + "\n");
 }
 
+// The publishing script refuses, before it writes anything, what the tool
+// would refuse; a key's password comes without a terminal.
+TEST_F(StandInsTest, ThePublishingScriptRefusesWhatTheToolWouldRefuse) {
+  const std::string large = At("/Large.app"), small = At("/image/Velmaris.app"), empty = At("/Empty.app");
+  testing::MakeApplication(large, "2.0");
+  Run("head -c 20000 /dev/urandom > '" + large + "/Contents/Resources/data'");
+  fs::create_directories(empty + "/Contents/MacOS");
+  ASSERT_EQ(Run("cd '" + At("") + "' && printf 'pw\\npw\\n' | minisign -G -p k.pub -s k.key >/dev/null"), 0);
+  struct Row {
+    std::string arguments, variables, said;  // said: "" for a publication
+  } rows[] = {
+      {"--unsigned " + small + " 2.0 site", "", "under the 10000 below which the tool takes it for an error page"},
+      {"--unsigned " + empty + " 2.0 site", "", "holds no program"},
+      {large + " 2.0 site", "", "give the key, or --unsigned"},
+      {large + " 2.0 site k.key", "", "no terminal to ask it on: give it in VELMARIS_KEY_PASSWORD"},
+      {large + " 2.0 site k.key", "VELMARIS_KEY_PASSWORD=nope", "the password does not open the key k.key"},
+      {large + " 2.0 site k.key", "VELMARIS_KEY_PASSWORD=pw", ""},
+  };
+  for (const Row& row : rows) {
+    fs::remove_all(At("/site"));
+    fs::create_directories(At("/site"));
+    Run("cd '" + At("") + "' && " + row.variables + " '" VELMARIS_SOURCE_DIR "/scripts/publish-update' " +
+        row.arguments + " </dev/null >out 2>&1");
+    const std::string said = testing::ReadFile(At("/out"));
+    EXPECT_NE(said.find(row.said.empty() ? "published" : row.said), std::string::npos) << row.arguments << "\n" << said;
+    EXPECT_EQ(fs::exists(At("/site/downloads/files/Velmaris_2.0.dmg.zip.minisig")), row.said.empty()) << row.arguments;
+    EXPECT_EQ(fs::exists(At("/site/downloads/files/Velmaris_2.0.dmg.zip")), row.said.empty()) << row.arguments;
+  }
+}
+
 }  // namespace
 }  // namespace velmaris
