@@ -6,7 +6,6 @@
 #include <QTemporaryDir>
 #include <filesystem>
 #include <optional>
-#include <set>
 
 #include "base/Minisign.h"
 #include "base/Shell.h"
@@ -141,27 +140,6 @@ TEST_F(MinisignTest, EachCheckRefusesWhatItGuards) {
     EXPECT_EQ(VerifyMinisignSignature(row.key.empty() ? Line(key, 1) : row.key, path, signaturePath, row.fileName, ""),
               row.expect);
   }
-}
-
-// The zip holds the disk image, whose volume holds the bundle as
-// Velmaris.app; a publication without a key drops the earlier signature; a
-// bad argument publishes nothing.
-TEST_F(MinisignTest, PublishUpdateMakesWhatTheToolMounts) {
-  ASSERT_EQ(Run("mkdir '" + At("/volume") + "' && cd '" + At("/volume") + "' && unzip -Z1 '" + mFiles + kArchive +
-                "' > ../listing && unzip -p '" + mFiles + kArchive + "' Velmaris_2.0.0.dmg | bsdtar -xf -"),
-            0);
-  EXPECT_EQ(testing::ReadFile(At("/listing")), "Velmaris_2.0.0.dmg\n");
-  EXPECT_EQ(testing::ReadFile(At("/volume/Velmaris.app/Contents/version.txt")), "2.0.0");
-  EXPECT_EQ(Run(Publish("2.0.0")), 0);
-  fs::create_directories(At("/Empty.app"));
-  for (const std::string& command :
-       {Publish("'2.0 beta'"), Publish("3.0.0", At("/none.key")), Publish("3.0.0 '" + At("/nowhere") + "'"),
-        Replaced(Publish("3.0.0"), mBundle, At("/Empty.app")), Replaced(Publish("3.0.0"), mBundle, At("/apps"))}) {
-    EXPECT_NE(Run(command + " 2>/dev/null"), 0) << command;
-  }
-  std::set<std::string> published;
-  for (const auto& entry : fs::directory_iterator(mFiles)) published.insert(entry.path().filename().string());
-  EXPECT_EQ(published, std::set<std::string>{kArchive});
 }
 
 }  // namespace

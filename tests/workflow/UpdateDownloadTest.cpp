@@ -1,14 +1,13 @@
 // The progress display of the download, the check of what arrived and the
-// hand-over to the installation, and a Quit while the archive comes in. The
-// rest of the update branch (the URL, the labels, a refused version, a
-// download given up) is pinned by the end-to-end test.
+// hand-over to the installation. The rest of the update branch (the URL,
+// the labels, a refused version, a download given up or ended by a signal)
+// is pinned by the end-to-end test.
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
 #include "support/Recording.h"
 #include "support/Sandbox.h"
-#include "support/TestServer.h"
 #include "support/TestWindow.h"
 #include "support/VirtualClock.h"
 #include "ui/Strings.h"
@@ -103,27 +102,6 @@ TEST(UpdateDownload, WhatArrivedIsCheckedBeforeTheHandOver) {
               std::string::npos)
         << row.name;
   }
-}
-
-// The window closed while the archive comes in: the archive goes, and the
-// main application is opened again. (File > Quit and its shortcut take the
-// same road in the desktop test.)
-TEST(UpdateDownload, ClosedDuringTheDownloadRemovesTheArchiveAndReopensTheApplication) {
-  testing::Sandbox sandbox;
-  testing::TestServer stalling;
-  sandbox.Set("VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(stalling.Port()));
-  const std::string application = sandbox.At("/Applications/Velmaris.app");
-  testing::TestWindow window({"VelmarisMAJ", "--REPAPP:" + application, "--MAJ:2.1.0"});
-  testing::Recording recording;
-  testing::VirtualTime time;
-  window->TimerQuit().SetMode(0);
-  _CallFunctionWithExceptionHandling([&window] { window->TimerQuit_Action(window->TimerQuit()); });
-  const std::string archive = App().CheminDossierPropre(sandbox.At("/home")) + "/Velmaris_2.1.0.dmg.zip";
-  ASSERT_TRUE(fs::exists(archive));
-  window->close();
-  EXPECT_TRUE(RunIsEnding());
-  EXPECT_FALSE(fs::exists(archive));
-  EXPECT_EQ(recording.Seen(), std::vector<std::string>{"open \"" + application + "\""});
 }
 
 }  // namespace
