@@ -8,7 +8,7 @@ namespace velmaris {
 namespace {
 
 // A property list larger than this is no bundle's: it is not read.
-constexpr std::streamsize kTailleMaximale = 1024 * 1024;
+constexpr std::streamsize kTailleMaximale = std::streamsize{1024} * 1024;
 
 String XMLText(const String& text) {
   String result = ReplaceAll(text, "&lt;", "<");

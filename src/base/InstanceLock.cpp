@@ -26,7 +26,7 @@ bool FolderOfTheUser(const QByteArray& path) {
 // shared folder such as /tmp would let another user hold the lock, or plant
 // a link in its place. Empty when there is no such place.
 QByteArray LockFolder() {
-  const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+  QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
   if (FolderOfTheUser(runtime)) return runtime;
   const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
   if (!QDir::isAbsolutePath(cache) || !QDir().mkpath(cache)) return {};

@@ -72,8 +72,8 @@ bool IsValidUTF8(const String& s) {
     if (width == 1 && lead >= 0x80) return false;
     if (width > 1) {
       // The code point, checked against the shortest form and the ranges that are no characters.
-      uint32_t code = lead & (0x7Fu >> width);
-      for (size_t k = 1; k < width; ++k) code = (code << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3Fu);
+      uint32_t code = lead & (0x7FU >> width);
+      for (size_t k = 1; k < width; ++k) code = (code << 6) | (static_cast<unsigned char>(s[i + k]) & 0x3FU);
       constexpr uint32_t kShortest[] = {0, 0, 0x80, 0x800, 0x10000};
       if (code < kShortest[width] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) return false;
     }

@@ -13,7 +13,7 @@ namespace velmaris {
 
 namespace {
 
-constexpr off_t kLargestLog = 1024 * 1024;
+constexpr off_t kLargestLog = off_t{1024} * 1024;
 // A step longer than this is cut: a line stays readable, and the log bounded.
 constexpr size_t kLongestLine = 4096;
 

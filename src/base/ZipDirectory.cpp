@@ -16,7 +16,7 @@ constexpr uint16_t kZip64Extra = 0x0001;
 // The end record, and a comment of at most 65535 bytes behind it.
 constexpr int64_t kEndSearch = 22 + 65535;
 // A directory larger than this is no release's: it is not read.
-constexpr uint64_t kLargestDirectory = 64 * 1024 * 1024;
+constexpr uint64_t kLargestDirectory = uint64_t{64} * 1024 * 1024;
 
 uint64_t Little(const String& bytes, size_t at, size_t width) {
   uint64_t value = 0;

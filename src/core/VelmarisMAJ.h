@@ -80,11 +80,11 @@ class VelmarisMAJ : public Application {
   // 16 hexadecimal digits that name the application at strCheminApp, the
   // same for every spelling of its path: the name of its lock and of the
   // tool's own folder in Downloads.
-  std::string CleApplication();
+  std::string CleApplication() const;
   // The tool's own folder in Downloads for this application, where its
   // downloads, their records and the unpacked disk image go:
   // "Downloads/.VelmarisMAJ-<key>" under home ("~" alone for command lines).
-  std::string CheminDossierPropre(const std::string& home);
+  std::string CheminDossierPropre(const std::string& home) const;
 
  private:
   std::shared_ptr<InstanceLock> mVerrouApplication;

@@ -64,7 +64,7 @@ class FenetreTelechargement : public Window {
   // put right. An old application set aside goes back in its place, copies
   // go, the volume is detached, and of the tool's folder only the partial
   // archive of the same URL and its record stay.
-  void RecupererInstallationInterrompue(Shell& sh);
+  void RecupererInstallationInterrompue(Shell& sh) const;
   // True for the partial archive of this run's URL and for its record, when
   // the record names that URL: what the download goes on with.
   bool TelechargementRepris(const std::string& chemin) const;

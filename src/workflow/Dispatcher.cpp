@@ -66,7 +66,7 @@ void RestaurerBase(Window& fenetre, Shell& sh) {
 
 }  // namespace
 
-std::string VelmarisMAJ::CleApplication() {
+std::string VelmarisMAJ::CleApplication() const {
   // Every spelling of the path names one application: links and "..", resolved.
   std::error_code erreur;
   const std::filesystem::path chemin = std::filesystem::weakly_canonical(strCheminApp, erreur);
@@ -80,7 +80,7 @@ std::string VelmarisMAJ::CleApplication() {
   return cle;
 }
 
-std::string VelmarisMAJ::CheminDossierPropre(const std::string& home) {
+std::string VelmarisMAJ::CheminDossierPropre(const std::string& home) const {
   return home + "/Downloads/.VelmarisMAJ-" + CleApplication();
 }
 

@@ -95,7 +95,7 @@ class RetourArriere {
   std::string Valider(const std::string& strCheminBase) {
     mValide = true;
     if (mMisDeCote.empty()) return "";
-    const std::string datee = CheminCopieDatee(strCheminBase);
+    std::string datee = CheminCopieDatee(strCheminBase);
     for (auto& [fichier, deCote] : mMisDeCote) {
       deCote->MoveFileTo(Fichier(datee + fichier->NativePath().substr(strCheminBase.size())));
     }

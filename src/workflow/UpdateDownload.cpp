@@ -55,7 +55,7 @@ bool VersionSure(const String& version) {
 // stalled, so that a server dripping a byte now and then is caught too.
 // Tests make it short through VELMARIS_STALL_SECONDS (fractions allowed);
 // the pauses between resumes shrink in proportion.
-constexpr int64_t kOctetsMinimumFenetre = 16 * 1024;
+constexpr int64_t kOctetsMinimumFenetre = int64_t{16} * 1024;
 
 int64_t FenetreMillisecondes() {
   const double seconds = Val(System::EnvironmentVariable("VELMARIS_STALL_SECONDS"));

@@ -234,7 +234,7 @@ String InstallerCopieEntrante(Shell& sh, const Installation& installation, bool 
 
 }  // namespace
 
-void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) {
+void FenetreTelechargement::RecupererInstallationInterrompue(Shell& sh) const {
   const Installation installation;
   // A run that ended between two renames left nothing at the application's
   // path, and the old application beside it.

@@ -120,8 +120,8 @@ TEST(ResponseTest, AResumedDownloadAppendsOnlyWhatContinuesTheFile) {
       {"200, the whole file again", "200 OK\r\nContent-Length: 10\r\n\r\nabcdefghij", "abcdefghij", false, "10/10"},
       {"206 from elsewhere", "206 Partial\r\nContent-Range: bytes 3-9/10\r\nContent-Length: 7\r\n\r\n3456789",
        "3456789", false, "7/7"},
-      {"206 short of the end", "206 Partial\r\nContent-Range: bytes 5-8/10\r\nContent-Length: 4\r\n\r\n5678",
-       "5678", false, "4/4"},
+      {"206 short of the end", "206 Partial\r\nContent-Range: bytes 5-8/10\r\nContent-Length: 4\r\n\r\n5678", "5678",
+       false, "4/4"},
       {"416", "416 Range Not Satisfiable\r\nContent-Length: 2\r\n\r\nno", "no", false, "2/2"},
   };
   for (const Row& row : rows) {
