@@ -54,8 +54,8 @@ struct Row {
   std::map<std::string, std::string> variables = {};  // over Python's server, a stall window of 3 s and no key
   std::string application = kApplication;             // under the sandbox, installed as version 1
   std::string repapp = application;
-  std::function<void(testing::ToolRun&)> before = [](testing::ToolRun& run) {
-    fs::create_directories(run.At("/home/Downloads"));
+  std::function<void(testing::ToolRun&)> before = [](testing::ToolRun& tool) {
+    fs::create_directories(tool.At("/home/Downloads"));
   };
   // Once `when` holds, the signal goes to the run; SIGKILL kills it and every
   // process it started, then `between` runs and the update starts again.
