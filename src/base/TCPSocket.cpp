@@ -450,8 +450,14 @@ void TCPSocket::_StartEncryption(int descriptor) {
     d->pending.connected = true;
     _Schedule();
   });
-  QObject::connect(d->secure.get(), &QSslSocket::sslErrors, &d->context,
-                   [this](const QList<QSslError>& errors) { d->refusal = CertificateRefusal(errors, TLSHostName); });
+  QObject::connect(d->secure.get(), &QSslSocket::sslErrors, &d->context, [this](const QList<QSslError>& errors) {
+    const QList<QSslError> standing = StandingErrors(errors, d->secure->peerCertificateChain(), TLSHostName);
+    if (standing.isEmpty()) {
+      d->secure->ignoreSslErrors(errors);
+    } else {
+      d->refusal = CertificateRefusal(standing, TLSHostName);
+    }
+  });
   d->refusal = "";
   d->socket = d->secure.get();
   d->secure->setSslConfiguration(TrustedConfiguration());

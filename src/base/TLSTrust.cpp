@@ -1,9 +1,9 @@
 #include "base/TLSTrust.h"
 
-#include <QFileInfo>
 #include <QSslCertificate>
 #include <QSslSocket>
 #include <QStringList>
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -25,37 +25,52 @@ String IssuerOf(const QSslCertificate& certificate) {
   return issuer.isEmpty() ? "unnamed" : "\"" + issuer.join(", ").toStdString() + "\"";
 }
 
-// The system's authorities as one list: its bundle file where the system
-// has one (each certificate once; its folder holds them twice, as single
-// files and in the bundle, which costs twice the memory), else all it holds.
-QList<QSslCertificate> SystemAuthorities() {
-#ifndef __APPLE__
-  for (const char* bundle : {"/etc/ssl/certs/ca-certificates.crt", "/etc/pki/tls/certs/ca-bundle.crt",
-                             "/etc/ssl/ca-bundle.pem", "/etc/ssl/cert.pem"}) {
-    if (QFileInfo::exists(bundle)) return QSslCertificate::fromPath(bundle);
+// The errors that mean only "no trusted authority found for this chain".
+bool IsUntrustedIssuer(const QSslError& error) {
+  switch (error.error()) {
+    case QSslError::SelfSignedCertificate:
+    case QSslError::SelfSignedCertificateInChain:
+    case QSslError::UnableToGetLocalIssuerCertificate:
+    case QSslError::UnableToGetIssuerCertificate:
+    case QSslError::UnableToVerifyFirstCertificate:
+    case QSslError::CertificateUntrusted:
+      return true;
+    default:
+      return false;
   }
-#endif
-  return QSslConfiguration::systemCaCertificates();
+}
+
+String CertificateBundle() {
+  const char* variable = std::getenv("SSL_CERT_FILE");
+  return variable != nullptr ? variable : "";
 }
 
 }  // namespace
 
+// Without SSL_CERT_FILE, Qt's own configuration: it reads the system's
+// authorities from their folder one at a time, as a chain needs them. With
+// it, Qt can only take a list, and reading the whole system store into one
+// costs each connection a tenth of a second and a megabyte and a half: the
+// list holds the bundle alone, and StandingErrors asks the system's store
+// only for a chain that the bundle doesn't end.
 QSslConfiguration TrustedConfiguration() {
-  // Made once for each value of SSL_CERT_FILE: reading the authorities
-  // takes a tenth of a second.
   static std::pair<String, QSslConfiguration> made = {"\n", {}};
-  const char* variable = std::getenv("SSL_CERT_FILE");
-  const String bundle = variable != nullptr ? variable : "";
+  const String bundle = CertificateBundle();
   if (made.first == bundle) return made.second;
   QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
   configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
-  if (bundle != "") {
-    // Set explicitly, the list replaces the store that Qt would read on
-    // demand: the system's authorities are put in first.
-    configuration.setCaCertificates(SystemAuthorities() + QSslCertificate::fromPath(QString::fromStdString(bundle)));
-  }
+  if (bundle != "") configuration.setCaCertificates(QSslCertificate::fromPath(QString::fromStdString(bundle)));
   made = {bundle, configuration};
   return configuration;
+}
+
+QList<QSslError> StandingErrors(const QList<QSslError>& errors, const QList<QSslCertificate>& chain,
+                                const String& hostName) {
+  if (CertificateBundle() == "" || chain.isEmpty() || std::none_of(errors.cbegin(), errors.cend(), IsUntrustedIssuer)) {
+    return errors;
+  }
+  // Against the system's store, the host name with it.
+  return QSslCertificate::verify(chain, QString::fromStdString(hostName));
 }
 
 String CertificateRefusal(const QList<QSslError>& errors, const String& server) {
