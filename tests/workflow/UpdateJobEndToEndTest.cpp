@@ -238,28 +238,27 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   testing::WriteFile(Files() + "/Velmaris_3.0.0.dmg.zip", std::string(20000, 'x'));
   // Disk images whose Velmaris.app is missing, a file, an empty folder, or a
   // link to the home folder or to the root; Contents/MacOS a link.
-  MakeArchive("4.0.0", [](const std::string& stage) { testing::MakeApplication(stage + "/Other.app", "4.0.0"); });
-  MakeArchive("5.0.0", [](const std::string& stage) { testing::WriteFile(stage + "/Velmaris.app", "5.0.0"); });
-  MakeArchive("6.0.0", [](const std::string& stage) { fs::create_directories(stage + "/Velmaris.app"); });
-  MakeArchive("7.0.0", [](const std::string& stage) {
+  MakeArchive("4.0.0", [](auto& stage) { testing::MakeApplication(stage + "/Other.app", "4.0.0"); });
+  MakeArchive("5.0.0", [](auto& stage) { testing::WriteFile(stage + "/Velmaris.app", "5.0.0"); });
+  MakeArchive("6.0.0", [](auto& stage) { fs::create_directories(stage + "/Velmaris.app"); });
+  MakeArchive("7.0.0", [](auto& stage) {
     fs::create_directory_symlink(QDir::homePath().toStdString(), stage + "/Velmaris.app");
   });
-  MakeArchive("8.0.0", [](const std::string& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
-  MakeArchive("9.0.0", [](const std::string& stage) {
+  MakeArchive("8.0.0", [](auto& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
+  MakeArchive("9.0.0", [](auto& stage) {
     fs::create_directories(stage + "/Velmaris.app/Contents");
     fs::create_directory_symlink("/bin", stage + "/Velmaris.app/Contents/MacOS");
   });
   // Another application's bundle; a program run with its owner's rights and
   // files anyone may write; a fifo, which no bundle holds.
-  MakeArchive("10.0.0", [](const std::string& stage) {
-    testing::MakeApplication(stage + "/Velmaris.app", "10.0.0", 0, "com.example.Other");
-  });
-  MakeArchive("11.0.0", [](const std::string& stage) {
+  MakeArchive("10.0.0",
+              [](auto& stage) { testing::MakeApplication(stage + "/Velmaris.app", "10.0.0", 0, "com.example.Other"); });
+  MakeArchive("11.0.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "11.0.0");
     fs::permissions(stage + "/Velmaris.app/Contents/MacOS/Velmaris", fs::perms(04777));
     fs::permissions(stage + "/Velmaris.app/Contents/Resources", fs::perms(02777));
   });
-  MakeArchive("12.0.0", [](const std::string& stage) {
+  MakeArchive("12.0.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "12.0.0");
     mkfifo((stage + "/Velmaris.app/Contents/fifo").c_str(), 0644);
   });
@@ -513,7 +512,7 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
   if (!nginx->Listens("127.0.0.1", std::stoi(mTLS))) GTEST_SKIP() << nginx->Why();
   // Releases of a megabyte and a half, whose application says which content it came from.
   const auto large = [](const std::string& content) {
-    return [content](const std::string& stage) {
+    return [content](auto& stage) {
       testing::MakeApplication(stage + "/Velmaris.app", content);
       Shell sh;
       sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
@@ -787,11 +786,11 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
 // during the copy: the old application stays and is opened again.
 TEST_F(UpdateJobEndToEnd, AFullDiskKeepsTheApplication) {
   MakeRelease("2.0.0", 200);
-  MakeArchive("3.1.0", [](const std::string& stage) {
+  MakeArchive("3.1.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "3.1.0");
     testing::WriteFile(stage + "/zeros", std::string(size_t{4} << 20, '\0'));
   });
-  MakeArchive("3.3.0", [](const std::string& stage) {
+  MakeArchive("3.3.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "3.3.0");
     Shell sh;
     sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
