@@ -8,7 +8,6 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -37,11 +36,7 @@ const std::vector<std::string> kInstalled = {"Download Velmaris_2.0.0.dmg.zip in
                                              "Update installation in progress..."};
 
 // The tool's own folder in the Downloads of that run.
-std::string OwnFolder(const testing::ToolRun& run) {
-  const QByteArray path = QByteArray::fromStdString(run.At(kApplication));
-  return run.At("/home/Downloads/.VelmarisMAJ-") +
-         QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
-}
+std::string OwnFolder(const testing::ToolRun& run) { return testing::OwnFolder(run.At("/home"), run.At(kApplication)); }
 
 std::string Log(const testing::ToolRun& run) {
   return testing::ReadFile(run.At("/home/.local/state/Velmaris/VelmarisMAJ.log"));
