@@ -113,6 +113,12 @@ class UpdateJobEndToEnd : public ::testing::Test {
         [&](const std::string& stage) { testing::MakeApplication(stage + "/Velmaris.app", version, resources); },
         secret);
   }
+  // Changes the file's byte at that offset, whatever it was.
+  static void Tamper(const std::string& path, size_t at) {
+    std::string bytes = testing::ReadFile(path);
+    bytes.at(at) = static_cast<char>(~bytes.at(at));
+    testing::WriteFile(path, bytes);
+  }
   void Start(testing::ToolRun& run, const std::string& version, const std::string& repapp,
              std::map<std::string, std::string> variables) {
     variables.merge(From(mPythonPort));
@@ -223,7 +229,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   MakeRelease("2.0.0", 0, "a.key");
   MakeRelease("2.1.0", 0, "a.key");
   Shell sh;
-  sh.Execute("printf x | dd of=" + Files() + "/Velmaris_2.1.0.dmg.zip bs=1 seek=5000 conv=notrunc 2>/dev/null");
+  Tamper(Files() + "/Velmaris_2.1.0.dmg.zip", 5000);
   MakeRelease("2.2.0");
   MakeRelease("2.3.0", 0, "b.key");
   for (const std::string extension : {"", ".minisig"}) {
@@ -693,10 +699,9 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
   }
   sh.Execute("VELMARIS_DELTA_WRITER='" VELMARIS_BUILD_DIR "/velmaris_delta' '" VELMARIS_SOURCE_DIR
              "/scripts/publish-update' --from '" +
-             old + "'" + froms + " '" + fresh + "' 11 '" + site + "' '" + Files() +
-             "/../a.key' >/dev/null && printf x | dd of=" + Files() + "/" + DeltaFileName("10t", "11") +
-             " bs=1 seek=3000 conv=notrunc 2>/dev/null");
+             old + "'" + froms + " '" + fresh + "' 11 '" + site + "' '" + Files() + "/../a.key' >/dev/null");
   ASSERT_EQ(sh.ErrorCode(), 0);
+  Tamper(Files() + "/" + DeltaFileName("10t", "11"), 3000);
   // The deltas turned hostile, and signed again; each escapes to its own place.
   for (const Delta& delta : deltas) {
     if (!delta.hostile) continue;
