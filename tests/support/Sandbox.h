@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -70,6 +71,13 @@ inline void MakeApplication(const std::string& bundle, const std::string& versio
   std::filesystem::permissions(bundle + "/Contents/MacOS/Velmaris", std::filesystem::perms(0755));
   for (int i = 0; i < resources; ++i) WriteFile(bundle + "/Contents/Resources/" + std::to_string(i), version);
   WriteFile(bundle + "/Contents/manifest.txt", std::to_string(resources));
+}
+
+// The tool's own folder in the Downloads of that home, named after the application's path.
+inline std::string OwnFolder(const std::string& home, const std::string& application) {
+  const QByteArray path = QByteArray::fromStdString(std::filesystem::weakly_canonical(application).string());
+  return home + "/Downloads/.VelmarisMAJ-" +
+         QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
 }
 
 // The version of the whole application at bundle: "" when nothing stands

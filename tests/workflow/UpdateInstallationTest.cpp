@@ -5,7 +5,6 @@
 // mounted.
 #include <gtest/gtest.h>
 
-#include <QCryptographicHash>
 #include <filesystem>
 
 #include "support/Recording.h"
@@ -20,12 +19,9 @@ namespace fs = std::filesystem;
 
 TEST(UpdateInstallation, EveryRoad) {
   testing::Sandbox sandbox;
-  // The tool's own folder in Downloads, named after the application: its path, and as commands write it.
+  // The tool's own folder in Downloads: its path, and as commands write it.
   const auto own = [&sandbox](const std::string& application, bool forCommands) {
-    const QByteArray path = QByteArray::fromStdString(fs::weakly_canonical(application).string());
-    const std::string name = "/Downloads/.VelmarisMAJ-" +
-                             QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
-    return (forCommands ? "~" : sandbox.At("/home")) + name;
+    return testing::OwnFolder(forCommands ? "~" : sandbox.At("/home"), application);
   };
   // With a blank, which every command must hold between quotes.
   const std::string application = sandbox.At("/Applications/Velmaris Beta.app");

@@ -8,7 +8,6 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -37,11 +36,7 @@ const std::vector<std::string> kInstalled = {"Download Velmaris_2.0.0.dmg.zip in
                                              "Update installation in progress..."};
 
 // The tool's own folder in the Downloads of that run.
-std::string OwnFolder(const testing::ToolRun& run) {
-  const QByteArray path = QByteArray::fromStdString(run.At(kApplication));
-  return run.At("/home/Downloads/.VelmarisMAJ-") +
-         QCryptographicHash::hash(path, QCryptographicHash::Md5).toHex().left(16).toStdString();
-}
+std::string OwnFolder(const testing::ToolRun& run) { return testing::OwnFolder(run.At("/home"), run.At(kApplication)); }
 
 std::string Log(const testing::ToolRun& run) {
   return testing::ReadFile(run.At("/home/.local/state/Velmaris/VelmarisMAJ.log"));
@@ -86,6 +81,10 @@ class UpdateJobEndToEnd : public ::testing::Test {
   }
 
   std::string Files() const { return mWeb.path().toStdString() + "/downloads/files"; }
+  // Over the server at that loopback port, with that stall window.
+  static std::map<std::string, std::string> From(uint16_t port, const std::string& stall = "3") {
+    return {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(port)}, {"VELMARIS_STALL_SECONDS", stall}};
+  }
   // A key pair of minisign's in the site's folder; its public key.
   std::string MakeKey(const std::string& name) {
     Shell sh;
@@ -114,12 +113,16 @@ class UpdateJobEndToEnd : public ::testing::Test {
         [&](const std::string& stage) { testing::MakeApplication(stage + "/Velmaris.app", version, resources); },
         secret);
   }
+  // Changes the file's byte at that offset, whatever it was.
+  static void Tamper(const std::string& path, size_t at) {
+    std::string bytes = testing::ReadFile(path);
+    bytes.at(at) = static_cast<char>(~bytes.at(at));
+    testing::WriteFile(path, bytes);
+  }
   void Start(testing::ToolRun& run, const std::string& version, const std::string& repapp,
              std::map<std::string, std::string> variables) {
-    variables.merge(
-        std::map<std::string, std::string>{{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(mPythonPort)},
-                                           {"VELMARIS_STALL_SECONDS", "3"},
-                                           {"VELMARIS_UPDATE_PUBLIC_KEY", ""}});
+    variables.merge(From(mPythonPort));
+    variables.try_emplace("VELMARIS_UPDATE_PUBLIC_KEY", "");
     run.Start({"--REPAPP:" + run.At(repapp), "--MAJ:" + version}, variables);
   }
   // Starts every row, interrupts each when its moment comes, and checks
@@ -197,7 +200,24 @@ class UpdateJobEndToEnd : public ::testing::Test {
     }
   }
 
-  QTemporaryDir mWeb;
+  // nginx serving the site over TLS, plainly and with a redirect to TLS, with that configuration added to its TLS
+  // site; the variables of an update from it.
+  std::unique_ptr<testing::Peer> Nginx(const std::string& conf) {
+    fs::create_directories(mPeers.filePath("nginx/tls.d").toStdString());
+    testing::WriteFile(mPeers.filePath("nginx/tls.d/test.conf").toStdString(), conf);
+    return std::make_unique<testing::Peer>(
+        VELMARIS_SOURCE_DIR "/tests/support/serve-nginx",
+        QStringList{mPeers.filePath("nginx"), mWeb.path(), mTLS.c_str(), mPlain.c_str(), mRedirect.c_str()});
+  }
+  std::map<std::string, std::string> Https() const {
+    return {{"VELMARIS_UPDATE_HOST", "https://127.0.0.1:" + mTLS},
+            {"SSL_CERT_FILE", mPeers.filePath("nginx/ca.pem").toStdString()}};
+  }
+
+  QTemporaryDir mWeb, mPeers;
+  const std::string mTLS = std::to_string(testing::TestServer::RefusingPort()),
+                    mPlain = std::to_string(testing::TestServer::RefusingPort()),
+                    mRedirect = std::to_string(testing::TestServer::RefusingPort());
   QProcess mPython;
   uint16_t mPythonPort = 0;
 };
@@ -209,7 +229,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   MakeRelease("2.0.0", 0, "a.key");
   MakeRelease("2.1.0", 0, "a.key");
   Shell sh;
-  sh.Execute("printf x | dd of=" + Files() + "/Velmaris_2.1.0.dmg.zip bs=1 seek=5000 conv=notrunc 2>/dev/null");
+  Tamper(Files() + "/Velmaris_2.1.0.dmg.zip", 5000);
   MakeRelease("2.2.0");
   MakeRelease("2.3.0", 0, "b.key");
   for (const std::string extension : {"", ".minisig"}) {
@@ -219,28 +239,27 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   testing::WriteFile(Files() + "/Velmaris_3.0.0.dmg.zip", std::string(20000, 'x'));
   // Disk images whose Velmaris.app is missing, a file, an empty folder, or a
   // link to the home folder or to the root; Contents/MacOS a link.
-  MakeArchive("4.0.0", [](const std::string& stage) { testing::MakeApplication(stage + "/Other.app", "4.0.0"); });
-  MakeArchive("5.0.0", [](const std::string& stage) { testing::WriteFile(stage + "/Velmaris.app", "5.0.0"); });
-  MakeArchive("6.0.0", [](const std::string& stage) { fs::create_directories(stage + "/Velmaris.app"); });
-  MakeArchive("7.0.0", [](const std::string& stage) {
+  MakeArchive("4.0.0", [](auto& stage) { testing::MakeApplication(stage + "/Other.app", "4.0.0"); });
+  MakeArchive("5.0.0", [](auto& stage) { testing::WriteFile(stage + "/Velmaris.app", "5.0.0"); });
+  MakeArchive("6.0.0", [](auto& stage) { fs::create_directories(stage + "/Velmaris.app"); });
+  MakeArchive("7.0.0", [](auto& stage) {
     fs::create_directory_symlink(QDir::homePath().toStdString(), stage + "/Velmaris.app");
   });
-  MakeArchive("8.0.0", [](const std::string& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
-  MakeArchive("9.0.0", [](const std::string& stage) {
+  MakeArchive("8.0.0", [](auto& stage) { fs::create_directory_symlink("/", stage + "/Velmaris.app"); });
+  MakeArchive("9.0.0", [](auto& stage) {
     fs::create_directories(stage + "/Velmaris.app/Contents");
     fs::create_directory_symlink("/bin", stage + "/Velmaris.app/Contents/MacOS");
   });
   // Another application's bundle; a program run with its owner's rights and
   // files anyone may write; a fifo, which no bundle holds.
-  MakeArchive("10.0.0", [](const std::string& stage) {
-    testing::MakeApplication(stage + "/Velmaris.app", "10.0.0", 0, "com.example.Other");
-  });
-  MakeArchive("11.0.0", [](const std::string& stage) {
+  MakeArchive("10.0.0",
+              [](auto& stage) { testing::MakeApplication(stage + "/Velmaris.app", "10.0.0", 0, "com.example.Other"); });
+  MakeArchive("11.0.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "11.0.0");
     fs::permissions(stage + "/Velmaris.app/Contents/MacOS/Velmaris", fs::perms(04777));
     fs::permissions(stage + "/Velmaris.app/Contents/Resources", fs::perms(02777));
   });
-  MakeArchive("12.0.0", [](const std::string& stage) {
+  MakeArchive("12.0.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "12.0.0");
     mkfifo((stage + "/Velmaris.app/Contents/fifo").c_str(), 0644);
   });
@@ -268,9 +287,6 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
   noLength.Serve({{testing::TestServer::ReadRequest(),
                    testing::TestServer::Send("HTTP/1.0 200 OK\r\n\r\n" + std::string(20000, 'x')),
                    testing::TestServer::Pause(100), testing::TestServer::Send(std::string(250000, 'x'))}});
-  const auto from = [](const testing::TestServer& server) {
-    return std::map<std::string, std::string>{{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(server.Port())}};
-  };
   const std::map<std::string, std::string> signedBy = {{"VELMARIS_UPDATE_PUBLIC_KEY", key}};
   // The user's own files in Downloads, which stay as they are; and what an
   // update that was cut off left: a copy beside the application, a volume
@@ -346,15 +362,15 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
                "dialog: Errors encountered in downloading", "command: open", "(exit status 0)", "end of the run"}},
       // Not one percentage of the error page shows.
       {.name = "a 404 page over 10000 bytes",
-       .variables = from(notFound),
+       .variables = From(notFound.Port()),
        .messages = {kDownloadFailed, ": 404 Not Found"},
        .after = [](const testing::ToolRun&,
                    const std::string& errors) { EXPECT_EQ(errors.find('%'), std::string::npos); }},
       {.name = "a refused connection",
-       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(testing::TestServer::RefusingPort())}},
+       .variables = From(testing::TestServer::RefusingPort()),
        .messages = {kDownloadFailed, "connection refused by 127.0.0.1:"}},
       {.name = "an archive cut short",
-       .variables = from(cutShort),
+       .variables = From(cutShort.Port()),
        .messages = {kDownloadFailed, ": the connection ended after 20000 of "}},
       {.name = "a corrupt zip", .version = "3.0.0"},
       {.name = "no Velmaris.app in the image", .version = "4.0.0"},
@@ -365,13 +381,11 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
       {.name = "Contents/MacOS a link", .version = "9.0.0"},
       {.name = "no bundle to replace", .application = "/Applications/Velmaris"},
       {.name = "a stalled server, resumed five times",
-       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(stalled.Port())},
-                     {"VELMARIS_STALL_SECONDS", "1"}},
+       .variables = From(stalled.Port(), "1"),
        .messages = {"Connection lost, resuming... (5/5)", kDownloadFailed, "given up after 5 resumes"}},
       // Headless, the amount shows as the percentage does, the last one too.
       {.name = "no length, then a stall",
-       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(noLength.Port())},
-                     {"VELMARIS_STALL_SECONDS", "1"}},
+       .variables = From(noLength.Port(), "1"),
        .messages = {kInstalled[0], "VelmarisMAJ: 270 KB\n", kDownloadFailed}},
       // Would a 404 page of this name be downloaded, its removal would run the command.
       {.name = "a smuggling version", .version = "2.0.0;cd;touch${IFS}smuggled;", .messages = {kDownloadFailed}},
@@ -427,8 +441,7 @@ TEST_F(UpdateJobEndToEnd, EveryRoadEndsAsDescribedAndNothingSmuggledRuns) {
        .messages = kInstalled,
        .installed = "2.0.0"},
       {.name = "SIGTERM during the download",
-       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(stalled.Port())},
-                     {"VELMARIS_STALL_SECONDS", "30"}},
+       .variables = From(stalled.Port(), "30"),
        .signal = SIGTERM,
        .when = [](const testing::ToolRun& run) { return fs::exists(OwnFolder(run) + "/Velmaris_2.0.0.dmg.zip"); },
        .messages = {kInstalled[0]}},
@@ -496,18 +509,11 @@ TEST_F(UpdateJobEndToEnd, KilledAtAnyMomentTheApplicationStaysWholeAndTheRetryIn
 // ranges), and in one run a connection that drips, stalls or drops goes on
 // where it stopped.
 TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
-  QTemporaryDir peers;
-  const std::string tls = std::to_string(testing::TestServer::RefusingPort());
-  fs::create_directories(peers.filePath("nginx/tls.d").toStdString());
-  testing::WriteFile(peers.filePath("nginx/tls.d/slow.conf").toStdString(), "limit_rate 300k;\n");
-  testing::Peer nginx(
-      VELMARIS_SOURCE_DIR "/tests/support/serve-nginx",
-      {peers.filePath("nginx"), mWeb.path(), tls.c_str(), QString::number(testing::TestServer::RefusingPort()),
-       QString::number(testing::TestServer::RefusingPort())});
-  if (!nginx.Listens("127.0.0.1", std::stoi(tls))) GTEST_SKIP() << nginx.Why();
+  const std::unique_ptr<testing::Peer> nginx = Nginx("limit_rate 300k;\n");
+  if (!nginx->Listens("127.0.0.1", std::stoi(mTLS))) GTEST_SKIP() << nginx->Why();
   // Releases of a megabyte and a half, whose application says which content it came from.
   const auto large = [](const std::string& content) {
-    return [content](const std::string& stage) {
+    return [content](auto& stage) {
       testing::MakeApplication(stage + "/Velmaris.app", content);
       Shell sh;
       sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
@@ -536,8 +542,6 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
   drip.Serve({dripping,
               {testing::TestServer::ReadRequest(), partial(stalled, dropped), testing::TestServer::Close()},
               {testing::TestServer::ReadRequest(), partial(dropped, size), testing::TestServer::Close()}});
-  const std::map<std::string, std::string> https = {{"VELMARIS_UPDATE_HOST", "https://127.0.0.1:" + tls},
-                                                    {"SSL_CERT_FILE", peers.filePath("nginx/ca.pem").toStdString()}};
   // Killed once the record that it keeps holds half of the archive, and started again.
   const auto half = [](const std::string& version) {
     return [version](const testing::ToolRun& run) {
@@ -557,7 +561,7 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
   Row rows[] = {
       {.name = "killed at half, then resumed",
        .version = "3.0.0",
-       .variables = https,
+       .variables = Https(),
        .signal = SIGKILL,
        .when = half("3.0.0"),
        .messages = {"Update installation in progress..."},
@@ -565,7 +569,7 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
        .after = received("3.0.0", 0.55)},
       {.name = "killed at half, then the archive changed on the server",
        .version = "3.1.0",
-       .variables = https,
+       .variables = Https(),
        .signal = SIGKILL,
        .when = half("3.1.0"),
        .between = [&](testing::ToolRun&) { MakeArchive("3.1.0", large("3.1.0b")); },
@@ -589,7 +593,7 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
        .messages = {"Update installation in progress..."},
        .installed = "3.2.0"},
       {.name = "a drip, a stall and a drop in one run",
-       .variables = {{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + std::to_string(drip.Port())}},
+       .variables = From(drip.Port()),
        .messages = {"Connection lost, resuming... (2/5)", "Update installation in progress..."},
        .installed = "2.0.0"},
   };
@@ -605,26 +609,19 @@ TEST_F(UpdateJobEndToEnd, ADownloadIsNeverMadeTwice) {
 // tinyproxy asking for credentials. Each failure takes the download's road
 // with its reason on stderr.
 TEST_F(UpdateJobEndToEnd, HTTPSRedirectsAndProxies) {
-  QTemporaryDir peers;
-  std::string tls, plain, redirect, proxy;
-  for (std::string* port : {&tls, &plain, &redirect, &proxy})
-    *port = std::to_string(testing::TestServer::RefusingPort());
-  fs::create_directories(peers.filePath("nginx/tls.d").toStdString());
-  testing::WriteFile(peers.filePath("nginx/tls.d/test.conf").toStdString(),
-                     "location ~ _loop { absolute_redirect off; return 302 $uri; }\nlocation ~ _down { return 301 "
-                     "http://127.0.0.1:" +
-                         plain + "/downloads/files/Velmaris_2.0.0.dmg.zip; }\n");
-  testing::Peer nginx(VELMARIS_SOURCE_DIR "/tests/support/serve-nginx",
-                      {peers.filePath("nginx"), mWeb.path(), tls.c_str(), plain.c_str(), redirect.c_str()});
+  const std::string proxy = std::to_string(testing::TestServer::RefusingPort());
+  const std::unique_ptr<testing::Peer> nginx = Nginx(
+      "location ~ _loop { absolute_redirect off; return 302 $uri; }\nlocation ~ _down { return 301 "
+      "http://127.0.0.1:" +
+      mPlain + "/downloads/files/Velmaris_2.0.0.dmg.zip; }\n");
   testing::Peer tinyproxy(VELMARIS_SOURCE_DIR "/tests/support/serve-tinyproxy",
-                          {peers.filePath("tinyproxy"), proxy.c_str(), "user", "secret"});
-  for (auto [peer, port] : {std::pair{&nginx, tls}, {&tinyproxy, proxy}}) {
+                          {mPeers.filePath("tinyproxy"), proxy.c_str(), "user", "secret"});
+  for (auto [peer, port] : {std::pair{nginx.get(), mTLS}, {&tinyproxy, proxy}}) {
     if (!peer->Listens("127.0.0.1", std::stoi(port))) GTEST_SKIP() << peer->Why();
   }
-  const std::string key = MakeKey("a"), https = "https://127.0.0.1:" + tls;
+  const std::string key = MakeKey("a"), https = "https://127.0.0.1:" + mTLS;
   MakeRelease("2.0.0", 0, "a.key");
-  const std::map<std::string, std::string> trusted = {{"VELMARIS_UPDATE_HOST", https},
-                                                      {"SSL_CERT_FILE", peers.filePath("nginx/ca.pem").toStdString()}};
+  const std::map<std::string, std::string> trusted = Https();
   const auto with = [&trusted](std::map<std::string, std::string> more) {
     more.insert(trusted.begin(), trusted.end());
     return more;
@@ -641,12 +638,12 @@ TEST_F(UpdateJobEndToEnd, HTTPSRedirectsAndProxies) {
   Row rows[] = {
       row("https", trusted),
       row("http redirected to https, the signature too",
-          with({{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + redirect}, {"VELMARIS_UPDATE_PUBLIC_KEY", key}})),
+          with({{"VELMARIS_UPDATE_HOST", "127.0.0.1:" + mRedirect}, {"VELMARIS_UPDATE_PUBLIC_KEY", key}})),
       row("an untrusted authority", {{"VELMARIS_UPDATE_HOST", https}}, "certificate is not trusted"),
       row("an untrusted authority, another bundle named",
           {{"VELMARIS_UPDATE_HOST", https}, {"SSL_CERT_FILE", "/etc/ssl/certs/ca-certificates.crt"}},
           "certificate is not trusted"),
-      row("a wrong host name", with({{"VELMARIS_UPDATE_HOST", "https://localhost:" + tls}}), "host name mismatch"),
+      row("a wrong host name", with({{"VELMARIS_UPDATE_HOST", "https://localhost:" + mTLS}}), "host name mismatch"),
       row("https redirected to http", trusted, "redirect from https to http refused", "down"),
       row("a redirect loop", trusted, "redirect loop", "loop"),
       row("https through the proxy", with({{"https_proxy", "user:secret@127.0.0.1:" + proxy}})),
@@ -721,10 +718,9 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
   }
   sh.Execute("VELMARIS_DELTA_WRITER='" VELMARIS_BUILD_DIR "/velmaris_delta' '" VELMARIS_SOURCE_DIR
              "/scripts/publish-update' --from '" +
-             old + "'" + froms + " '" + fresh + "' 11 '" + site + "' '" + Files() +
-             "/../a.key' >/dev/null && printf x | dd of=" + Files() + "/" + DeltaFileName("10t", "11") +
-             " bs=1 seek=3000 conv=notrunc 2>/dev/null");
+             old + "'" + froms + " '" + fresh + "' 11 '" + site + "' '" + Files() + "/../a.key' >/dev/null");
   ASSERT_EQ(sh.ErrorCode(), 0);
+  Tamper(Files() + "/" + DeltaFileName("10t", "11"), 3000);
   // The deltas turned hostile, and signed again; each escapes to its own place.
   for (const Delta& delta : deltas) {
     if (!delta.hostile) continue;
@@ -809,11 +805,11 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
 // during the copy: the old application stays and is opened again.
 TEST_F(UpdateJobEndToEnd, AFullDiskKeepsTheApplication) {
   MakeRelease("2.0.0", 200);
-  MakeArchive("3.1.0", [](const std::string& stage) {
+  MakeArchive("3.1.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "3.1.0");
     testing::WriteFile(stage + "/zeros", std::string(size_t{4} << 20, '\0'));
   });
-  MakeArchive("3.3.0", [](const std::string& stage) {
+  MakeArchive("3.3.0", [](auto& stage) {
     testing::MakeApplication(stage + "/Velmaris.app", "3.3.0");
     Shell sh;
     sh.Execute("head -c 1500000 /dev/urandom > '" + stage + "/large.bin'");
