@@ -149,7 +149,9 @@ class UpdateJobEndToEnd : public ::testing::Test {
           return std::ranges::none_of(rows, [](const Row& row) { return row.signal != 0; });
         },
         60000))
-        << "a moment never came: " << std::ranges::find_if(rows, [](const Row& row) { return row.signal != 0; })->name;
+        << "a moment never came: " << std::ranges::find_if(rows, [](const Row& row) { return row.signal != 0; })->name
+        << "\n"
+        << std::ranges::find_if(rows, [](const Row& row) { return row.signal != 0; })->run.Finish();
     for (Row& row : rows) {
       SCOPED_TRACE(row.name);
       testing::ToolRun& run = row.run;
