@@ -15,8 +15,8 @@ class FixedNonceSocket : public HTTPSocket {
 // missing challenge ends in the 401 page. Through the server as proxy, a URL
 // of the path alone is the digest's uri, so that the first digest is RFC
 // 2617's worked example to the byte. Then the proxy's own header with a nonce
-// of its own, the count of each nonce, opaque absent, a token value with
-// blanks around it, a quoted value that escapes its quotes, and a challenge
+// of its own, the count of each nonce, opaque absent, values with blanks
+// around them, a quoted value that escapes its quotes, and a challenge
 // without a nonce taking up the last one.
 TEST(AuthenticationTest, OneRetryPerAcceptedChallenge) {
   struct Row {
@@ -52,7 +52,7 @@ TEST(AuthenticationTest, OneRetryPerAcceptedChallenge) {
        {"", digest("Proxy-Authorization", "N2", "00000001", "4ccf74c915c946848edba762fe5dc763"), ""}},
       {"any order, escapes",
        {kDigest + "qop=\"auth\",algorithm = MD5 ,nonce=\"" + kNonce +
-            "\",realm=\"testrealm@host.com\",domain=\"x\\\", nonce=\\\"bad\"",
+            "\",realm= \"testrealm@host.com\",domain=\"x\\\", nonce=\\\"bad\"",
         "200 OK"},
        {"", digest("Authorization", kNonce, "00000002", "15b6bb427e3fecd23a43cb702ce447d5"), ""}},
       {"no nonce",
