@@ -76,10 +76,8 @@ TEST_F(EndToEndTest, ANewRequestInTheMiddleOfADownload) {
     const bool page = target.IsNil();
     SCOPED_TRACE(page ? "a page" : "a file that can't be written");
     HTTPEvents restarted(socket);
-    const auto record = socket.ReceiveProgress;
     bool started = false;
-    socket.ReceiveProgress = [&](HTTPSocket& sender, int64_t received, int64_t total, const String& data) {
-      record(sender, received, total, data);
+    restarted.onProgress = [&](HTTPSocket&, int64_t received, int64_t, const String&) {
       if (started || received == 0) return;
       started = true;
       QTimer::singleShot(0, [&] { socket.Get(Url("/small"), target); });
