@@ -37,45 +37,34 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
   return text.replace(text.find(from), from.size(), to);
 }
 
-class MinisignTest : public ::testing::Test {
- protected:
-  // Two key pairs, and version 2.0.0 published and signed with the first.
-  void SetUp() override {
-    if (Run("command -v minisign >/dev/null") != 0)
-      GTEST_SKIP() << "minisign is not installed; apt-get install minisign";
-    for (const std::string name : {"/key", "/other"}) {
-      ASSERT_EQ(Run("minisign -G -W -p '" + At(name) + ".pub' -s '" + At(name) + ".key' >/dev/null"), 0);
-    }
-    testing::MakeApplication(mBundle, "2.0.0");
-    // Past the 10000 bytes below which an archive is an error page to the tool.
-    ASSERT_EQ(Run("head -c 12000 /dev/urandom > '" + mBundle + "/Contents/Resources/data'"), 0);
-    fs::create_directories(mSite);
-    ASSERT_EQ(Run(Publish("2.0.0", At("/key.key"))), 0);
-  }
+// The exit status of the command.
+int64_t Status(const std::string& command) {
+  Shell sh;
+  sh.Execute(command);
+  return sh.ErrorCode();
+}
 
-  std::string At(const std::string& path) const { return mFolder.path().toStdString() + path; }
-  std::string Publish(const std::string& arguments, const std::string& key = "") const {
-    return std::string(VELMARIS_SOURCE_DIR) + "/scripts/publish-update " + (key.empty() ? "--unsigned '" : "'") +
-           mBundle + "' " + arguments + " '" + mSite + "'" + (key.empty() ? "" : " '" + key + "'") + " >/dev/null";
+// Two key pairs, and version 2.0.0 published and signed with the first.
+TEST(MinisignTest, EachCheckRefusesWhatItGuards) {
+  if (Status("command -v minisign >/dev/null") != 0)
+    GTEST_SKIP() << "minisign is not installed; apt-get install minisign";
+  const QTemporaryDir folder;
+  const auto At = [&folder](const std::string& path) { return folder.path().toStdString() + path; };
+  const std::string bundle = At("/apps/Velmaris Beta.app"), files = At("/site/downloads/files/");
+  for (const std::string name : {"/key", "/other"}) {
+    ASSERT_EQ(Status("minisign -G -W -p '" + At(name) + ".pub' -s '" + At(name) + ".key' >/dev/null"), 0);
   }
-  static int64_t Run(const std::string& command) {
-    Shell sh;
-    sh.Execute(command);
-    return sh.ErrorCode();
-  }
-
-  QTemporaryDir mFolder;
-  const std::string mBundle = At("/apps/Velmaris Beta.app"), mSite = At("/site");
-  const std::string mFiles = mSite + "/downloads/files/";
-};
-
-TEST_F(MinisignTest, EachCheckRefusesWhatItGuards) {
-  const std::string archive = testing::ReadFile(mFiles + kArchive);
-  const std::string signature = testing::ReadFile(mFiles + kArchive + ".minisig");
-  ASSERT_EQ(Run("cd '" + mFiles + "' && minisign -S -l -s '" + At("/key.key") + "' -x legacy -m " + kArchive +
-                " && minisign -S -s '" + At("/key.key") + "' -x nofile -t 'timestamp:1' -m " + kArchive),
+  testing::MakeApplication(bundle, "2.0.0");
+  // Past the 10000 bytes below which an archive is an error page to the tool.
+  ASSERT_EQ(Status("head -c 12000 /dev/urandom > '" + bundle + "/Contents/Resources/data' && mkdir '" + At("/site") +
+                   "' && " VELMARIS_SOURCE_DIR "/scripts/publish-update '" + bundle + "' 2.0.0 '" + At("/site") +
+                   "' '" + At("/key.key") + "' >/dev/null && cd '" + files + "' && minisign -S -l -s '" +
+                   At("/key.key") + "' -x legacy -m " + kArchive + " && minisign -S -s '" + At("/key.key") +
+                   "' -x nofile -t 'timestamp:1' -m " + kArchive),
             0);
-  const std::string legacy = testing::ReadFile(mFiles + "legacy");
+  const std::string archive = testing::ReadFile(files + kArchive);
+  const std::string signature = testing::ReadFile(files + kArchive + ".minisig");
+  const std::string legacy = testing::ReadFile(files + "legacy");
   const std::string key = testing::ReadFile(At("/key.pub"));
   std::string tampered = archive;
   tampered[tampered.size() / 2] ^= 1;
@@ -114,7 +103,7 @@ TEST_F(MinisignTest, EachCheckRefusesWhatItGuards) {
        .expect = "the trusted comment names another file",
        .fileName = newName},
       {.name = "no file: in the trusted comment",
-       .sig = testing::ReadFile(mFiles + "nofile"),
+       .sig = testing::ReadFile(files + "nofile"),
        .expect = "the trusted comment names no file"},
       {.name = "truncated",
        .sig = signature.substr(0, signature.size() / 2),

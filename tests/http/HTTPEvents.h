@@ -35,6 +35,8 @@ struct HTTPEvents {
   std::string progressData;
   // The owner's answer to a challenge; none refuses it.
   std::function<bool(String& name, String& password)> answer;
+  // What the test does at each ReceiveProgress, once it is recorded.
+  std::function<void(HTTPSocket& sender, int64_t received, int64_t total, const String& data)> onProgress;
 
   explicit HTTPEvents(HTTPSocket& socket) {
     socket.Connected = [this](HTTPSocket&) {
@@ -54,6 +56,7 @@ struct HTTPEvents {
       const int64_t from = sender.Resumed() ? sender.ResumeFrom : 0;
       EXPECT_EQ(received, from + static_cast<int64_t>(progressData.size())) << "the running total";
       progress.push_back(std::to_string(received) + "/" + std::to_string(total));
+      if (onProgress) onProgress(sender, received, total, data);
     };
     socket.PageReceived = [this](HTTPSocket&, const String& url, int64_t status, const Ref<InternetHeaders>& received,
                                  const String& page) {
