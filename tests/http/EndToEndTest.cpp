@@ -1,5 +1,6 @@
-// Against a server we did not write, started on loopback by the tests:
-// Python's http.server, on IPv4 and IPv6.
+// Against servers we did not write, started on loopback by the tests:
+// Python's http.server, on IPv4 and IPv6, and lighttpd with mod_auth.
+#include <QStandardPaths>
 #include <QTcpServer>
 #include <QTimer>
 
@@ -9,7 +10,7 @@
 namespace velmaris::testing {
 namespace {
 
-// A folder of a random archive of 6 MB and a small page, served by Python.
+// A folder of a random archive of 6 MB and a small page, served by Python (or lighttpd).
 class EndToEndTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -23,16 +24,41 @@ class EndToEndTest : public ::testing::Test {
   bool Serve(const QString& address) {
     mPort = TestServer::RefusingPort();
     mHost = address.contains(':') ? "[" + address.toStdString() + "]" : address.toStdString();
-    mPython = std::make_unique<Peer>("python3", QStringList{"-m", "http.server", QString::number(mPort), "--bind",
+    mServer = std::make_unique<Peer>("python3", QStringList{"-m", "http.server", QString::number(mPort), "--bind",
                                                             address, "--directory", mServed.path()});
-    return mPython->Listens(address, mPort);
+    return mServer->Listens(address, mPort);
   }
   std::string Url(const std::string& path) const { return "http://" + mHost + ":" + std::to_string(mPort) + path; }
+  // lighttpd instead, with /basic/page and /digest/page behind mod_auth.
+  void ServeWithAuthentication() {
+    const QString program =
+        QStandardPaths::findExecutable("lighttpd", qEnvironmentVariable("PATH").split(':') << "/usr/sbin");
+    if (program.isEmpty()) GTEST_SKIP() << "lighttpd is not installed (scripts/setup installs it)";
+    const std::string root = mServed.path().toStdString();
+    for (const std::string scheme : {"basic", "digest"}) {
+      std::filesystem::create_directories(root + "/" + scheme);
+      WriteFile(root + "/" + scheme + "/page", scheme + " page");
+    }
+    // htdigest: name:realm:MD5(name:realm:password), which serves Basic too.
+    WriteFile(root + "/users", "Mufasa:testrealm:64ea9a816b13385a113f52505d5159df\n");
+    mPort = TestServer::RefusingPort();
+    mHost = "127.0.0.1";
+    const std::string realm = R"("realm" => "testrealm", "require" => "valid-user")";
+    WriteFile(root + "/lighttpd.conf", "server.document-root = \"" + root +
+                                           "\"\nserver.bind = \"127.0.0.1\"\nserver.port = " + std::to_string(mPort) +
+                                           "\nserver.modules = (\"mod_auth\", \"mod_authn_file\")\n"
+                                           "auth.backend = \"htdigest\"\nauth.backend.htdigest.userfile = \"" +
+                                           root +
+                                           "/users\"\nauth.require = (\"/basic/\" => (\"method\" => \"basic\", " +
+                                           realm + "), \"/digest/\" => (\"method\" => \"digest\", " + realm + "))\n");
+    mServer = std::make_unique<Peer>(program, QStringList{"-D", "-f", mServed.filePath("lighttpd.conf")});
+    ASSERT_TRUE(mServer->Listens("127.0.0.1", mPort)) << mServer->Why();
+  }
 
   QTemporaryDir mServed;
   std::string mArchive, mHost;
   uint16_t mPort = 0;
-  std::unique_ptr<Peer> mPython;
+  std::unique_ptr<Peer> mServer;
 };
 
 // The same download over IPv4 and to an IPv6 literal in brackets, by the
@@ -92,6 +118,38 @@ TEST_F(EndToEndTest, ANewRequestInTheMiddleOfADownload) {
     EXPECT_TRUE(restarted.content == (page ? "hello" : "")) << restarted.content.size() << " bytes";
     const std::string part = ReadFile(file);
     EXPECT_TRUE(part.size() < mArchive.size() && mArchive.starts_with(part)) << part.size() << " bytes";
+  }
+}
+
+// The right password gets the page, a wrong one the 401 again, which the
+// owner then refuses. lighttpd takes a digest only for the uri that the
+// request line carries.
+TEST_F(EndToEndTest, BasicAndDigestWithLighttpd) {
+  ServeWithAuthentication();
+  for (const std::string scheme : {"basic", "digest"}) {
+    for (const std::string password : {"Circle Of Life", "wrong"}) {
+      SCOPED_TRACE(scheme + ", " + password);
+      const std::string url = Url("/" + scheme + "/page?a=1");
+      HTTPSocket socket;
+      HTTPEvents events(socket);
+      int answers = 1;
+      events.answer = [&](String& name, String& secret) {
+        name = "Mufasa";
+        secret = password;
+        return answers-- > 0;
+      };
+      socket.Get(url);
+      ASSERT_TRUE(events.Await());
+      const std::string status = password == "wrong" ? "401" : "200";
+      std::vector<std::string> expected = {"Connected", "AuthenticationRequired testrealm", "Connected"};
+      if (status == "401") expected.push_back("AuthenticationRequired testrealm");
+      expected.insert(expected.end(),
+                      {"HeadersReceived " + status, "ReceiveProgress", "PageReceived " + status + " " + url});
+      EXPECT_EQ(events.log, expected);
+      if (status == "200") {
+        EXPECT_EQ(events.content, scheme + " page");
+      }
+    }
   }
 }
 
