@@ -40,6 +40,14 @@ bool IsUntrustedIssuer(const QSslError& error) {
   }
 }
 
+// Linux's store is a folder that Qt reads on demand; macOS's keychain is
+// read as one list, which the bundle's certificates then join.
+#ifdef __APPLE__
+constexpr bool kStoreReadOnDemand = false;
+#else
+constexpr bool kStoreReadOnDemand = true;
+#endif
+
 String CertificateBundle() {
   const char* variable = std::getenv("SSL_CERT_FILE");
   return variable != nullptr ? variable : "";
@@ -59,14 +67,19 @@ QSslConfiguration TrustedConfiguration() {
   if (made.first == bundle) return made.second;
   QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
   configuration.setPeerVerifyMode(QSslSocket::VerifyPeer);
-  if (bundle != "") configuration.setCaCertificates(QSslCertificate::fromPath(QString::fromStdString(bundle)));
+  if (bundle != "") {
+    QList<QSslCertificate> authorities = QSslCertificate::fromPath(QString::fromStdString(bundle));
+    if (!kStoreReadOnDemand) authorities += QSslConfiguration::systemCaCertificates();
+    configuration.setCaCertificates(authorities);
+  }
   made = {bundle, configuration};
   return configuration;
 }
 
 QList<QSslError> StandingErrors(const QList<QSslError>& errors, const QList<QSslCertificate>& chain,
                                 const String& hostName) {
-  if (CertificateBundle() == "" || chain.isEmpty() || std::none_of(errors.cbegin(), errors.cend(), IsUntrustedIssuer)) {
+  if (!kStoreReadOnDemand || CertificateBundle() == "" || chain.isEmpty() ||
+      std::none_of(errors.cbegin(), errors.cend(), IsUntrustedIssuer)) {
     return errors;
   }
   // Against the system's store, the host name with it.
