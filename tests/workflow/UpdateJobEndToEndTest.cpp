@@ -711,6 +711,7 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
          frames.back() = testing::ReadFile(site + "/bomb.zst");
          carried(manifest)->frameSize = frames.back().size();
        }},
+      {"10e", [&](auto& manifest, auto&, auto&) { carried(manifest)->mode = 0200; }},
   };
   std::string froms;
   for (const Delta& delta : deltas) {
@@ -787,6 +788,7 @@ TEST_F(UpdateJobEndToEnd, ADeltaBuildsTheNewTreeAndAnyDoubtTakesTheArchive) {
       row("an absolute path", "10b", "is not a plain path inside the bundle"),
       row("a file written through a link out of the bundle", "10c", "points outside the bundle"),
       row("a patch that expands without end", "10d", "expands past its file's"),
+      row("a file closed to its owner", "10e", "is not readable by its owner"),
   };
   RunRows(rows);
   for (const Delta& delta : deltas) EXPECT_FALSE(fs::exists(site + "/escaped-" + delta.from)) << delta.from;
