@@ -78,11 +78,17 @@ QSslConfiguration TrustedConfiguration() {
 
 QList<QSslError> StandingErrors(const QList<QSslError>& errors, const QList<QSslCertificate>& chain,
                                 const String& hostName) {
+  // Asked again only when no authority of the bundle ends the chain and
+  // nothing else is wrong with it but perhaps its names, which the check
+  // against the system's store looks at too.
+  const auto askedAgain = [](const QSslError& error) {
+    return IsUntrustedIssuer(error) || error.error() == QSslError::HostNameMismatch;
+  };
   if (!kStoreReadOnDemand || CertificateBundle() == "" || chain.isEmpty() ||
-      std::none_of(errors.cbegin(), errors.cend(), IsUntrustedIssuer)) {
+      std::none_of(errors.cbegin(), errors.cend(), IsUntrustedIssuer) ||
+      !std::all_of(errors.cbegin(), errors.cend(), askedAgain)) {
     return errors;
   }
-  // Against the system's store, the host name with it.
   return QSslCertificate::verify(chain, QString::fromStdString(hostName));
 }
 
